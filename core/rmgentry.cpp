@@ -1,0 +1,36 @@
+// The exported entries: each wrmgXxx hands the caller's arguments to the
+// internal rmgXxx and returns what it returns, adding no test and no state.
+#include "rmg.h"
+
+#if defined(_WIN32) && defined(RMG_BUILDING_DLL)
+#include <windows.h>
+
+// The library keeps no per-thread data, so it asks for no thread notices.
+extern "C" BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, LPVOID) {
+    if (reason == DLL_PROCESS_ATTACH) DisableThreadLibraryCalls(module);
+    return TRUE;
+}
+#endif
+
+extern "C" {
+
+RmgImage *wrmgCreateImageHeader(int nChannels, int alphaChannel, unsigned int depth,
+                                const char *colorModel, const char *channelSeq, int dataOrder,
+                                int origin, int align, int height, int width, RmgROI *roi,
+                                void *imageId, RmgTileInfo *tileInfo) {
+    return rmgCreateImageHeader(nChannels, alphaChannel, depth, colorModel, channelSeq,
+                                dataOrder, origin, align, height, width, roi, imageId,
+                                tileInfo);
+}
+
+void wrmgAllocateImage(RmgImage *image, int fillValue) { rmgAllocateImage(image, fillValue); }
+
+void wrmgDeallocate(RmgImage *image, int flags) { rmgDeallocate(image, flags); }
+
+RmgROI *wrmgCreateROI(int coi, int xOffset, int yOffset, int height, int width) {
+    return rmgCreateROI(coi, xOffset, yOffset, height, width);
+}
+
+int wrmgGetErrStatus(void) { return rmgGetErrStatus(); }
+
+}  // extern "C"

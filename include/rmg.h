@@ -1,0 +1,290 @@
+/*
+ * rmg.h - the public interface of the rmg image-processing library.
+ *
+ * Two layers are declared here:
+ *
+ *  - The exported entries, `wrmgXxx`. Each is a bare forward to the internal
+ *    operation of the same name without the `w`. These are the names of the
+ *    Windows module tqzk5.dll.
+ *  - The extended interface, `rmgXxx`: the internal operations, the record
+ *    helpers, the aligned allocator and the whole error interface (status,
+ *    error mode, handler, dialog host). The Linux shared library exports
+ *    these beside the entries; the Windows module exports the entries only.
+ *
+ * The header compiles as C99 and as C++. All records are plain data with
+ * public fields in a fixed order; `height` always stands before `width`.
+ */
+#ifndef RMG_H
+#define RMG_H
+
+#include <stddef.h>
+
+#if defined(_WIN32)
+/* The Windows module takes its export table from a module definition file. */
+#  define RMG_API
+#elif defined(__GNUC__)
+#  define RMG_API __attribute__((visibility("default")))
+#else
+#  define RMG_API
+#endif
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* ------------------------------------------------------------------------ */
+/* Constants                                                                 */
+/* ------------------------------------------------------------------------ */
+
+/* Depths: bits per channel, with the sign bit for signed data. */
+#define RMG_DEPTH_SIGN 0x80000000u
+#define RMG_DEPTH_1U 1u
+#define RMG_DEPTH_8U 8u
+#define RMG_DEPTH_16U 16u
+#define RMG_DEPTH_8S (RMG_DEPTH_SIGN | 8u)
+#define RMG_DEPTH_16S (RMG_DEPTH_SIGN | 16u)
+#define RMG_DEPTH_32S (RMG_DEPTH_SIGN | 32u)
+
+/* Data orders: channels interleaved in a row, or one plane per channel. */
+#define RMG_DATA_PIXEL 0
+#define RMG_DATA_PLANE 1
+
+/* Origins: the first row in memory is the top row, or the bottom row. */
+#define RMG_ORIGIN_TL 0
+#define RMG_ORIGIN_BL 1
+
+/* Border rules, one per side (low 2 bits of borderModes[i]). */
+#define RMG_BORDER_CONST 0
+#define RMG_BORDER_REPLICATE 1
+#define RMG_BORDER_REFLECT 2
+#define RMG_BORDER_WRAP 3
+
+/* Sides, as masks for rmgSetBorderMode; index i of borderModes is 1 << i. */
+#define RMG_SIDE_TOP 1
+#define RMG_SIDE_BOTTOM 2
+#define RMG_SIDE_LEFT 4
+#define RMG_SIDE_RIGHT 8
+
+/* Flags of rmgDeallocate. */
+#define RMG_DEALLOC_HEADER 1
+#define RMG_DEALLOC_DATA 2
+#define RMG_DEALLOC_ROI 4
+#define RMG_DEALLOC_TILEINFO 8
+#define RMG_DEALLOC_MASK 16
+#define RMG_DEALLOC_ALL 31
+
+/* Modes of the tile call-back. */
+#define RMG_TILE_READ 1
+#define RMG_TILE_WRITE 2
+#define RMG_TILE_RELEASE 4
+
+/* Status codes. */
+#define RMG_StsOk 0
+#define RMG_StsBackTrace (-1)
+#define RMG_StsError (-2)
+#define RMG_StsInternal (-3)
+#define RMG_StsNoMem (-4)
+#define RMG_StsBadArg (-5)
+#define RMG_StsBadFunc (-6)
+#define RMG_StsNoConv (-7)
+#define RMG_StsAutoTrace (-8)
+
+/* Error modes of the default handler. */
+#define RMG_ErrorModeLeaf 0
+#define RMG_ErrorModeParent 1
+#define RMG_ErrorModeSilent 2
+
+/* Interpolations of zoom and decimate. */
+#define RMG_INTER_NN 0
+#define RMG_INTER_LINEAR 1
+#define RMG_INTER_CUBIC 2
+
+/* Dither methods of bit reduction. */
+#define RMG_DITHER_NONE 1
+#define RMG_DITHER_FS 2
+#define RMG_DITHER_JJN 4
+#define RMG_DITHER_STUCKI 8
+#define RMG_DITHER_BAYER 16
+
+/* Porter-Duff operators of the composition. */
+#define RMG_COMPOSITE_OVER 0
+#define RMG_COMPOSITE_IN 1
+#define RMG_COMPOSITE_OUT 2
+#define RMG_COMPOSITE_ATOP 3
+#define RMG_COMPOSITE_XOR 4
+#define RMG_COMPOSITE_PLUS 5
+
+/* Buttons and styles of the error dialog (the host receives these). */
+#define RMG_MB_OK 0x0000u
+#define RMG_MB_OKCANCEL 0x0001u
+#define RMG_MB_YESNO 0x0004u
+#define RMG_MB_SYSTEMMODAL 0x1000u
+#define RMG_IDOK 1
+#define RMG_IDCANCEL 2
+#define RMG_IDYES 6
+#define RMG_IDNO 7
+
+/* ------------------------------------------------------------------------ */
+/* Records                                                                   */
+/* ------------------------------------------------------------------------ */
+
+struct RmgImage;
+
+/* Serves the pixels of a tiled image: stores the first byte of tile
+ * (xIndex, yIndex) in image->tileInfo->tileData, or null for failure.
+ * `mode` is RMG_TILE_READ, RMG_TILE_WRITE or RMG_TILE_RELEASE. */
+typedef void (*RmgCallBack)(const struct RmgImage *image, int xIndex, int yIndex,
+                            int mode);
+
+/* Region of interest: a rectangle and a channel (0: all channels). */
+typedef struct RmgROI {
+    int coi;
+    int xOffset;
+    int yOffset;
+    int height;
+    int width;
+} RmgROI;
+
+/* The call-back through which a tiled image's pixels are reached. */
+typedef struct RmgTileInfo {
+    RmgCallBack callBack;
+    void *id;                /* the application's own word */
+    unsigned char *tileData; /* written by the call-back */
+    int width;               /* columns of a tile, a positive multiple of 8 */
+    int height;              /* rows of a tile, a positive multiple of 8 */
+} RmgTileInfo;
+
+/* The image header: 28 words (112 bytes) on 32-bit systems; on 64-bit
+ * systems the same fields in the same order with native pointers. */
+typedef struct RmgImage {
+    int headerSize;              /* sizeof(RmgImage) */
+    int headerVersion;           /* 0 */
+    int nChannels;
+    int alphaChannel;            /* 0, or the 1-based alpha channel */
+    unsigned int depth;          /* RMG_DEPTH_xxx */
+    char colorModel[4];
+    char channelSeq[4];
+    int dataOrder;               /* RMG_DATA_PIXEL or RMG_DATA_PLANE */
+    int origin;                  /* RMG_ORIGIN_TL or RMG_ORIGIN_BL */
+    int align;                   /* 4 or 8 */
+    int height;
+    int width;
+    struct RmgROI *roi;          /* null: the whole image */
+    struct RmgImage *maskRoi;    /* owned header, freed by rmgDeallocate */
+    void *imageId;               /* the application's own word */
+    struct RmgTileInfo *tileInfo;/* null for an image in memory */
+    int imageSize;               /* bytes of pixel data */
+    unsigned char *imageData;    /* first pixel, aligned to `align` */
+    int widthStep;               /* bytes from one row to the next */
+    int borderModes[4];          /* top, bottom, left, right */
+    int borderConsts[4];         /* same order */
+    unsigned char *dataOrigin;   /* the block that was allocated */
+} RmgImage;
+
+/* The library's version record. */
+typedef struct RmgLibVersion {
+    int major;
+    int minor;
+    int build;
+    const char *libraryName;
+    const char *versionText;
+    const char *internalVersion;
+    const char *buildDate;
+    const char *compiler;
+} RmgLibVersion;
+
+/* The error handler: receives every raised status. */
+typedef int (*RmgErrorCallBack)(int status, const char *funcName, const char *context,
+                                const char *fileName, int line);
+
+/* What stands for the message box and the end of the process.
+ * `messageBox` shows `text` under `caption` with the given RMG_MB_xxx style
+ * and returns the button pressed (RMG_IDxxx). `endProcess` ends the process
+ * with the given text and does not return. */
+typedef struct RmgDialogHost {
+    int (*messageBox)(const char *text, const char *caption, unsigned int style);
+    void (*endProcess)(const char *text);
+} RmgDialogHost;
+
+/* ------------------------------------------------------------------------ */
+/* Exported entries                                                          */
+/* ------------------------------------------------------------------------ */
+
+RMG_API RmgImage *wrmgCreateImageHeader(int nChannels, int alphaChannel, unsigned int depth,
+                                        const char *colorModel, const char *channelSeq,
+                                        int dataOrder, int origin, int align, int height,
+                                        int width, RmgROI *roi, void *imageId,
+                                        RmgTileInfo *tileInfo);
+RMG_API void wrmgAllocateImage(RmgImage *image, int fillValue);
+RMG_API void wrmgDeallocate(RmgImage *image, int flags);
+RMG_API RmgROI *wrmgCreateROI(int coi, int xOffset, int yOffset, int height, int width);
+RMG_API int wrmgGetErrStatus(void);
+
+/* ------------------------------------------------------------------------ */
+/* Extended interface: image records and lifecycle                           */
+/* ------------------------------------------------------------------------ */
+
+RMG_API RmgImage *rmgCreateImageHeader(int nChannels, int alphaChannel, unsigned int depth,
+                                       const char *colorModel, const char *channelSeq,
+                                       int dataOrder, int origin, int align, int height,
+                                       int width, RmgROI *roi, void *imageId,
+                                       RmgTileInfo *tileInfo);
+/* Gives the image a buffer; fills it unless fillValue is -1. */
+RMG_API void rmgAllocateImage(RmgImage *image, int fillValue);
+/* Stores the 32-bit pattern of fillValue for `bits` over the whole buffer. */
+RMG_API void rmgFillImage(RmgImage *image, int fillValue, int bits);
+RMG_API void rmgDeallocate(RmgImage *image, int flags);
+RMG_API void rmgDeallocateHeader(RmgImage *image);
+RMG_API void rmgDeallocateImageData(RmgImage *image);
+/* Bit mask of header faults found at creation; 0 when the header is good. */
+RMG_API int rmgCheckNewHeader(const RmgImage *image);
+
+RMG_API RmgROI *rmgCreateROI(int coi, int xOffset, int yOffset, int height, int width);
+RMG_API void rmgSetROI(RmgROI *roi, int coi, int xOffset, int yOffset, int height,
+                       int width);
+RMG_API void rmgDeleteROI(RmgROI *roi);
+
+RMG_API RmgTileInfo *rmgCreateTileInfo(RmgCallBack callBack, void *id, int width,
+                                       int height);
+RMG_API void rmgSetTileInfo(RmgTileInfo *tileInfo, RmgCallBack callBack, void *id,
+                            int width, int height);
+RMG_API void rmgDeleteTileInfo(RmgTileInfo *tileInfo);
+
+RMG_API void rmgSetBorderMode(RmgImage *image, int mode, int sides, int constant);
+RMG_API int rmgWidthStep(int dataOrder, unsigned int depth, int align, int nChannels,
+                         int width);
+
+/* Scratch blocks for n elements of 1, 2, 4 or 8 bytes, aligned to 8 bytes;
+ * rmgFree gives one back (null is ignored) and returns null. */
+RMG_API void *rmgAlloc8(int n);
+RMG_API void *rmgAlloc16(int n);
+RMG_API void *rmgAlloc32(int n);
+RMG_API void *rmgAlloc64(int n);
+RMG_API void *rmgFree(void *p);
+
+/* ------------------------------------------------------------------------ */
+/* Extended interface: status and error reporting                            */
+/* ------------------------------------------------------------------------ */
+
+RMG_API int rmgGetErrStatus(void);
+RMG_API void rmgSetErrStatus(int status);
+RMG_API int *rmgErrStatusPointer(void);
+RMG_API int rmgGetErrMode(void);
+RMG_API void rmgSetErrMode(int mode);
+RMG_API RmgErrorCallBack rmgRedirectError(RmgErrorCallBack handler);
+RMG_API int rmgError(int status, const char *funcName, const char *context,
+                     const char *fileName, int line);
+RMG_API const char *rmgErrStatusText(int status);
+RMG_API int rmgLeafExit(int value);
+RMG_API const RmgLibVersion *rmgGetLibVersion(void);
+RMG_API int rmgDefaultErrorHandler(int status, const char *funcName, const char *context,
+                                   const char *fileName, int line);
+/* Replaces what shows the error dialog and ends the process; null puts the
+ * system's own back. Returns the previous host. */
+RMG_API const RmgDialogHost *rmgSetDialogHost(const RmgDialogHost *host);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif /* RMG_H */
