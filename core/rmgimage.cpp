@@ -7,6 +7,7 @@
 #include <cstring>
 
 #include "core/rmgint.h"
+#include "core/rmgvalid.h"
 #include "rmg.h"
 
 using rmg::add32;
@@ -258,7 +259,9 @@ void *rmgAlloc32(int n) { return allocAligned(add32(mul32(n, 4), 20)); }
 void *rmgAlloc64(int n) { return allocAligned(add32(mul32(n, 8), 20)); }
 
 void *rmgFree(void *p) {
-    if (p != nullptr) {
+    // The two constant texts of rmgBadHeaderText are no blocks: callers free
+    // what they were given without looking, so they are passed over here.
+    if (p != nullptr && !rmg::isConstantHeaderText(p)) {
         void *raw;
         std::memcpy(&raw, static_cast<void **>(p) - 1, sizeof raw);
         std::free(raw);

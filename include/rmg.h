@@ -263,6 +263,25 @@ RMG_API void *rmgAlloc64(int n);
 RMG_API void *rmgFree(void *p);
 
 /* ------------------------------------------------------------------------ */
+/* Extended interface: header validation                                     */
+/* ------------------------------------------------------------------------ */
+
+/* Bit mask of the header's faults; 0 when it is good. Raises nothing. */
+RMG_API int rmgBadImageHeader(const RmgImage *image);
+/* The text of a mask, given back with rmgFree; null for 0. */
+RMG_API char *rmgBadHeaderText(int mask);
+/* Raises once for each of depth, dataOrder and origin that differ. */
+RMG_API void rmgCheckCompatible(const RmgImage *srcImage, const RmgImage *dstImage,
+                                const char *funcName, const char *fileName, int line);
+/* Raises a text for each fault it finds; returns 0. */
+RMG_API int rmgCheckImage(const RmgImage *image, const char *funcName, const char *fileName,
+                          int line);
+
+/* Row step of one tile of a tiled image; 0 for null, a bad header or an
+ * image without tiles. */
+RMG_API int rmgTileWidthStep(const RmgImage *image);
+
+/* ------------------------------------------------------------------------ */
 /* Extended interface: status and error reporting                            */
 /* ------------------------------------------------------------------------ */
 

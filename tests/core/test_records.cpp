@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "rmg.h"
+#include "support/rmgtest.h"
 
 extern "C" size_t rmgTestCLayout(size_t *out, size_t capacity);
 extern "C" int rmgTestCRoundTrip(void);
@@ -73,7 +74,9 @@ TEST(Records, HeaderSizeIsTheRecordSize) {
 static_assert(sizeof(RmgImage) == 112, "the image header is 28 words");
 #endif
 
-TEST(Entries, ForwardToTheInternalFunctions) {
+class Entries : public rmgtest::ErrorStateTest {};
+
+TEST_F(Entries, ForwardToTheInternalFunctions) {
     // From C: a ROI, a header, a fill of 0x41 read back, the release, and
     // the status (0 here).
     rmgError(RMG_StsOk, nullptr, nullptr, nullptr, 0);
