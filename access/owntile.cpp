@@ -38,6 +38,23 @@ Walk walkOf(i64 from, i64 to) {
     return to < from ? Walk{from, -1, from - to + 1} : Walk{from, 1, to - from + 1};
 }
 
+// ORs `count` bits from bit `from` of `src` into the bits from `to` of
+// `dst`, a byte at a time once the destination reaches a byte boundary.
+// Both runs lie inside their buffers.
+void orBitRun(const unsigned char *src, i64 from, unsigned char *dst, i64 to, i64 count) {
+    for (; count > 0 && (to & 7) != 0; --count, ++from, ++to)
+        if (src[bitByte(from)] & bitMask(from)) dst[bitByte(to)] |= bitMask(to);
+    const int shift = static_cast<int>(from & 7);
+    for (; count >= 8; count -= 8, from += 8, to += 8) {
+        const unsigned char *s = src + bitByte(from);
+        // With a shift the eight bits span two source bytes, both in the run.
+        const unsigned bits = shift == 0 ? s[0] : (s[0] << shift | s[1] >> (8 - shift)) & 0xFFu;
+        dst[bitByte(to)] |= static_cast<unsigned char>(bits);
+    }
+    for (; count > 0; --count, ++from, ++to)
+        if (src[bitByte(from)] & bitMask(from)) dst[bitByte(to)] |= bitMask(to);
+}
+
 // ownCopyBlock with 64-bit destination positions, which the tile walk
 // computes from tile sizes and may put before the destination's start.
 void copyBlock(const unsigned char *src, size_t srcSize, i64 x0, i64 y0, i64 x1, i64 y1,
@@ -74,6 +91,12 @@ void copyBlock(const unsigned char *src, size_t srcSize, i64 x0, i64 y0, i64 x1,
         for (i64 j = 0; j < rows.count; ++j) {
             const i64 from = (rows.start + j * rows.step) * srcRowStep;
             const i64 to = (dstY + j) * dstRowStep;
+            const i64 lastX = dstX + cols.count - 1;
+            if (cols.step > 0 && inside(from + bitByte(x0), bitByte(x1) - bitByte(x0) + 1, srcSize) &&
+                inside(to + bitByte(dstX), bitByte(lastX) - bitByte(dstX) + 1, dstSize)) {
+                orBitRun(src + from, x0, dst + to, dstX, cols.count);
+                continue;
+            }
             for (i64 i = 0; i < cols.count; ++i) {
                 const i64 column = cols.start + i * cols.step;
                 const i64 s = from + bitByte(column);

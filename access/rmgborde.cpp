@@ -62,7 +62,13 @@ struct Span {
 
 // The positions a reflected or wrapped part reads, before the image (top
 // rows, left columns) and after it (bottom rows, right columns). Reflection
-// repeats the edge pixel and has no limit; wrapping goes round once.
+// repeats the edge pixel and has no limit; wrapping goes round once. So a
+// rectangle further out than the image's size names positions past the
+// other edge or below 0. They are read at their addresses as they stand
+// where that is still the image's memory (the row before, the next plane);
+// a pixel whose address leaves the image's memory, or the tile's, is not
+// read, and its place in the block keeps the 0 it was cleared to (the
+// copies in owntile.cpp pass it over).
 Span spanBefore(int mode, int start, const Cut &c, int imageExtent) {
     if (mode == RMG_BORDER_REFLECT) return {sub32(-1, start), c.beforeSkip};
     return {add32(start, imageExtent), sub32(sub32(imageExtent, c.beforeSkip), 1)};

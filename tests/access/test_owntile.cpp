@@ -12,16 +12,7 @@
 
 namespace {
 
-using tiletest::Call;
-using tiletest::Kind;
-using tiletest::PlainImage;
-using tiletest::sampleBit;
-using tiletest::sampleByte;
-using tiletest::TiledImage;
-using Bytes = std::vector<unsigned char>;
-
-const Kind k8{1, RMG_DEPTH_8U, RMG_DATA_PIXEL, 4};
-const Kind k1{1, RMG_DEPTH_1U, RMG_DATA_PIXEL, 4};
+using namespace tiletest;
 
 Bytes iota(size_t n, int first = 0) {
     Bytes b(n);
@@ -366,7 +357,7 @@ TEST(ReadTileRect, RandomWalksAgreeWithTheModel) {
     std::mt19937 rng(21);
     const int sizes[3] = {8, 16, 24};
     for (int iter = 0; iter < 1500; ++iter) {
-        const Kind k = tiletest::kindNumber(static_cast<int>(rng() % 12), rng());
+        const Kind k = kindNumber(static_cast<int>(rng() % 12), rng());
         const int tw = sizes[rng() % 3], th = sizes[rng() % 3];
         const uint32_t seed = rng();
         TiledImage t(k, 3 * th, 3 * tw, tw, th, seed);
@@ -374,8 +365,8 @@ TEST(ReadTileRect, RandomWalksAgreeWithTheModel) {
         const int y0 = static_cast<int>(rng() % (3 * th)), y1 = static_cast<int>(rng() % (3 * th));
         const int cols = std::abs(x1 - x0) + 1, rows = std::abs(y1 - y0) + 1;
         const int dstX = 2 + static_cast<int>(rng() % 4), dstY = static_cast<int>(rng() % 3);
-        const int pb = tiletest::pixelBytesOf(k), planes = tiletest::planesOf(k);
-        const int dstRowStep = tiletest::blockRowStep(k, dstX + cols + 3);
+        const int pb = pixelBytesOf(k), planes = planesOf(k);
+        const int dstRowStep = blockRowStep(k, dstX + cols + 3);
         const int dstPlaneStep = dstRowStep * (dstY + rows + 1);
         Bytes dst(static_cast<size_t>(dstPlaneStep) * planes);
         for (auto &b : dst) b = static_cast<unsigned char>(rng());

@@ -12,16 +12,7 @@
 
 namespace {
 
-using tiletest::Call;
-using tiletest::Kind;
-using tiletest::PlainImage;
-using tiletest::sampleBit;
-using tiletest::sampleByte;
-using tiletest::TiledImage;
-using Bytes = std::vector<unsigned char>;
-
-const Kind k8{1, RMG_DEPTH_8U, RMG_DATA_PIXEL, 4};
-const Kind k8align8{1, RMG_DEPTH_8U, RMG_DATA_PIXEL, 8};
+using namespace tiletest;
 
 // The block of a read, its bytes over all planes (spare bytes left out).
 struct Read {
@@ -35,8 +26,8 @@ Read readRect(const RmgImage *image, int x, int y, int width, int height) {
     unsigned char *block = ownGetExtendedRect(image, x, y, width, height, &r.rowStep);
     if (block == nullptr) return r;
     r.null = false;
-    const Kind k = tiletest::kindOf(image);
-    r.bytes.assign(block, block + static_cast<size_t>(r.rowStep) * height * tiletest::planesOf(k));
+    const Kind k = kindOf(image);
+    r.bytes.assign(block, block + static_cast<size_t>(r.rowStep) * height * planesOf(k));
     ownReleaseExtendedRect(block);
     return r;
 }
@@ -368,14 +359,14 @@ void randomBorders(std::mt19937 &rng, RmgImage *image, bool highBits) {
 TEST(ExtendedRectRandom, PlainImagesAgreeWithThePerElementModel) {
     std::mt19937 rng(31);
     for (int iter = 0; iter < 6000; ++iter) {
-        const Kind k = tiletest::kindNumber(iter % 12, rng());
+        const Kind k = kindNumber(iter % 12, rng());
         const int W = pick(rng, 1, 12), H = pick(rng, 1, 12);
         PlainImage a(k, H, W, rng(), static_cast<int>(rng() & 0x7FFFFFFF));  // never -1
         randomBorders(rng, a.image, true);
         const int x = pick(rng, -3 * W - 2, 3 * W + 2), y = pick(rng, -3 * H - 2, 3 * H + 2);
         const int w = pick(rng, 0, 4 * W), h = pick(rng, 0, 4 * H);
         const Read r = readRect(a.image, x, y, w, h);
-        const tiletest::Block want = tiletest::modelExtended(a.image, x, y, w, h);
+        const Block want = modelExtended(a.image, x, y, w, h);
         ASSERT_FALSE(r.null);
         ASSERT_EQ(r.rowStep, want.rowStep);
         ASSERT_EQ(r.bytes, want.bytes)
@@ -424,7 +415,7 @@ TEST(ExtendedRectRandom, TiledImagesAgreeWithPlainOnesWhenWalkedForwards) {
     const int sizes[3] = {8, 16, 24};
     int compared = 0, reflected = 0;
     for (int iter = 0; iter < 2500; ++iter) {
-        const Kind k = tiletest::kindNumber(iter % 12, rng());
+        const Kind k = kindNumber(iter % 12, rng());
         const int W = pick(rng, 1, 40), H = pick(rng, 1, 40);
         const uint32_t seed = rng();
         TiledImage t(k, H, W, sizes[rng() % 3], sizes[rng() % 3], seed);
@@ -460,7 +451,7 @@ TEST(ExtendedRectRandom, TiledImagesAgreeWithPlainOnesWhenWalkedForwards) {
 TEST(ExtendedRectRandom, ANullTileAnywhereGivesNull) {
     std::mt19937 rng(51);
     for (int iter = 0; iter < 600; ++iter) {
-        const Kind k = tiletest::kindNumber(iter % 12, rng());
+        const Kind k = kindNumber(iter % 12, rng());
         const int W = pick(rng, 1, 30), H = pick(rng, 1, 30);
         const uint32_t seed = rng();
         TiledImage good(k, H, W, 8, 8, seed);

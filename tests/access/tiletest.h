@@ -20,6 +20,12 @@ struct Kind {
     int dataOrder;
     int align;
 };
+using Bytes = std::vector<unsigned char>;
+
+// One-channel layouts the concrete cases use.
+const Kind k8{1, RMG_DEPTH_8U, RMG_DATA_PIXEL, 4};
+const Kind k8align8{1, RMG_DEPTH_8U, RMG_DATA_PIXEL, 8};
+const Kind k1{1, RMG_DEPTH_1U, RMG_DATA_PIXEL, 4};
 std::ostream &operator<<(std::ostream &os, const Kind &k);
 
 int bitsOf(unsigned int depth);
