@@ -92,7 +92,8 @@ void copyBlock(const unsigned char *src, size_t srcSize, i64 x0, i64 y0, i64 x1,
             const i64 from = (rows.start + j * rows.step) * srcRowStep;
             const i64 to = (dstY + j) * dstRowStep;
             const i64 lastX = dstX + cols.count - 1;
-            if (cols.step > 0 && inside(from + bitByte(x0), bitByte(x1) - bitByte(x0) + 1, srcSize) &&
+            if (cols.step > 0 &&
+                inside(from + bitByte(x0), bitByte(x1) - bitByte(x0) + 1, srcSize) &&
                 inside(to + bitByte(dstX), bitByte(lastX) - bitByte(dstX) + 1, dstSize)) {
                 orBitRun(src + from, x0, dst + to, dstX, cols.count);
                 continue;
@@ -113,8 +114,8 @@ void copyBlock(const unsigned char *src, size_t srcSize, i64 x0, i64 y0, i64 x1,
 // Bytes of one whole tile as the tile protocol lays it out.
 size_t tileBytes(const RmgImage *image) {
     const RmgTileInfo *tiles = image->tileInfo;
-    const i64 rowStep = rmgWidthStep(image->dataOrder, image->depth, image->align,
-                                     image->nChannels, tiles->width);
+    const i64 rowStep =
+        rmgWidthStep(image->dataOrder, image->depth, image->align, image->nChannels, tiles->width);
     const i64 planes = image->dataOrder == RMG_DATA_PIXEL ? 1 : image->nChannels;
     const i64 bytes = rowStep * tiles->height * planes;
     return bytes > 0 ? static_cast<size_t>(bytes) : 0;
@@ -214,8 +215,8 @@ int ownFetchTileRow(const RmgImage *image, unsigned char **pointers, int count, 
     return failed;
 }
 
-void ownReleaseTileRow(const RmgImage *image, unsigned char *const *pointers, int count,
-                       int tileX, int tileY, int step) {
+void ownReleaseTileRow(const RmgImage *image, unsigned char *const *pointers, int count, int tileX,
+                       int tileY, int step) {
     RmgTileInfo *tiles = image->tileInfo;
     for (int i = count - 1; i >= 0; --i) {
         tiles->tileData = pointers[i];
@@ -295,7 +296,8 @@ void ownSpreadCorner(unsigned char *block, int x, int y, int columns, int rows, 
     if (pixelBytes < 0) return;
     if (pixelBytes == 0) {
         if (!bitAt(block + static_cast<i64>(y) * rowStep, x)) return;
-        for (int j = 0; j < rows; ++j) setBits(block + static_cast<i64>(y + j) * rowStep, x, columns);
+        for (int j = 0; j < rows; ++j)
+            setBits(block + static_cast<i64>(y + j) * rowStep, x, columns);
         return;
     }
     for (int p = 0; p < planes; ++p) {

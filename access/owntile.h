@@ -113,8 +113,8 @@ int ownFetchTileRow(const RmgImage *image, unsigned char **pointers, int count, 
 // Releases the tiles of ownFetchTileRow from the last to the first: stores
 // pointers[i] into tileData, then calls the call-back with RMG_TILE_RELEASE,
 // so that the call-back sees the pointer it gave.
-void ownReleaseTileRow(const RmgImage *image, unsigned char *const *pointers, int count,
-                       int tileX, int tileY, int step);
+void ownReleaseTileRow(const RmgImage *image, unsigned char *const *pointers, int count, int tileX,
+                       int tileY, int step);
 
 // The spread helpers of the border rules, on a block of `planes` planes
 // (one for 1-bit). The rectangle of `columns` by `rows` at column x, row y

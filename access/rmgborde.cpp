@@ -112,8 +112,8 @@ struct Reader {
         if (bits == 16) pattern = (v & 0xFFFFu) * 0x00010001u;
         for (int p = 0; p < planes; ++p)
             for (int j = 0; j < rows; ++j) {
-                unsigned char *to = block + static_cast<i64>(p) * planeStep +
-                                    static_cast<i64>(row + j) * rowStep;
+                unsigned char *to =
+                    block + static_cast<i64>(p) * planeStep + static_cast<i64>(row + j) * rowStep;
                 for (int w = 0; w < rowStep / 4; ++w) std::memcpy(to + 4 * w, &pattern, 4);
             }
     }
@@ -131,7 +131,7 @@ struct Reader {
         } else {
             const uint8_t v8 = static_cast<uint8_t>(constant);
             const uint16_t v16 = static_cast<uint16_t>(constant);
-            const void *element = bits == 8 ? static_cast<const void *>(&v8)
+            const void *element = bits == 8    ? static_cast<const void *>(&v8)
                                   : bits == 16 ? static_cast<const void *>(&v16)
                                                : static_cast<const void *>(&constant);
             const int elementBytes = bits / 8;
@@ -171,8 +171,8 @@ struct Reader {
             }
             if (xs.after > 0) {
                 if (!readPixel(width - 1, edge, right, row)) return false;
-                ownSpreadCorner(block, right, row, xs.after, count, rowStep, planeStep,
-                                pixelBytes, planes);
+                ownSpreadCorner(block, right, row, xs.after, count, rowStep, planeStep, pixelBytes,
+                                planes);
             }
             return true;
         }
@@ -194,8 +194,7 @@ struct Reader {
         if (mode == RMG_BORDER_REPLICATE) {
             const int edge = left ? 0 : width - 1;
             if (!read({edge, edge}, rows, at, row)) return false;
-            ownSpreadColumn(block, at, row, columns, count, rowStep, planeStep, pixelBytes,
-                            planes);
+            ownSpreadColumn(block, at, row, columns, count, rowStep, planeStep, pixelBytes, planes);
             return true;
         }
         return read(left ? spanBefore(mode, x, xs, width) : spanAfter(mode, xs, width), rows, at,
@@ -263,12 +262,11 @@ unsigned char *ownGetExtendedRect(const RmgImage *image, int x, int y, int width
     const int bottom = image->borderModes[1] & 3;
     const int middleRow = ys.before;
     const int bottomRow = ys.before + ys.inside;
-    const bool ok =
-        r.outerBand(top, image->borderConsts[0], spanBefore(top, y, ys, imageHeight), 0, 0,
-                    ys.before) &&
-        r.middleBand(spanInside(y, ys), middleRow, ys.inside) &&
-        r.outerBand(bottom, image->borderConsts[1], spanAfter(bottom, ys, imageHeight),
-                    imageHeight - 1, bottomRow, ys.after);
+    const bool ok = r.outerBand(top, image->borderConsts[0], spanBefore(top, y, ys, imageHeight), 0,
+                                0, ys.before) &&
+                    r.middleBand(spanInside(y, ys), middleRow, ys.inside) &&
+                    r.outerBand(bottom, image->borderConsts[1], spanAfter(bottom, ys, imageHeight),
+                                imageHeight - 1, bottomRow, ys.after);
     if (!ok) {
         rmgFree(block);
         return nullptr;

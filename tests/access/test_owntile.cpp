@@ -119,7 +119,8 @@ TEST(CopyBlock, RandomCopiesAgreeWithTheModel) {
                             d < dSize)
                             want[d] |= static_cast<unsigned char>(0x80 >> (dc & 7));
                     } else {
-                        const long long s = 1LL * p * srcPlaneStep + 1LL * r * srcRowStep + 1LL * c * pb;
+                        const long long s =
+                            1LL * p * srcPlaneStep + 1LL * r * srcRowStep + 1LL * c * pb;
                         const long long d = 1LL * p * dstPlaneStep + 1LL * (dstY + j) * dstRowStep +
                                             1LL * (dstX + i) * pb;
                         if (s >= 0 && s + pb <= sSize && d >= 0 && d + pb <= dSize)
@@ -227,10 +228,10 @@ TEST(ReadTileRect, ForwardAcrossTilesIsExact) {
     for (int r = 0; r < 11; ++r)
         for (int c = 0; c < 12; ++c)
             ASSERT_EQ(dst[r * 12 + c], sampleByte(3, 5 + c, 6 + r, 0, 0)) << c << "," << r;
-    const std::vector<Call> want = {
-        {0, 0, 1}, {1, 0, 1}, {2, 0, 1}, {2, 0, 4}, {1, 0, 4}, {0, 0, 4},
-        {0, 1, 1}, {1, 1, 1}, {2, 1, 1}, {2, 1, 4}, {1, 1, 4}, {0, 1, 4},
-        {0, 2, 1}, {1, 2, 1}, {2, 2, 1}, {2, 2, 4}, {1, 2, 4}, {0, 2, 4}};
+    const std::vector<Call> want = {{0, 0, 1}, {1, 0, 1}, {2, 0, 1}, {2, 0, 4}, {1, 0, 4},
+                                    {0, 0, 4}, {0, 1, 1}, {1, 1, 1}, {2, 1, 1}, {2, 1, 4},
+                                    {1, 1, 4}, {0, 1, 4}, {0, 2, 1}, {1, 2, 1}, {2, 2, 1},
+                                    {2, 2, 4}, {1, 2, 4}, {0, 2, 4}};
     EXPECT_EQ(t.calls, want);
     EXPECT_FALSE(t.badRelease);
     EXPECT_EQ(t.outstanding(), 0u);
@@ -252,14 +253,13 @@ TEST(ReadTileRect, BackwardColumnsOverThreeTiles) {
     Bytes dst(22, 0xEE);
     // Columns 20 down to 0: tile 2 gives 20..16 at 0..4, tile 1 lands at 3
     // (15..8 at 3..10), tile 0 at 11 (7..0 at 11..18); 19 and 20 stay.
-    ASSERT_EQ(ownReadTileRect(t.image, 20, 0, 0, 0, dst.data(), 0, 0, 22, 22, 1, 1, dst.size()),
-              0);
+    ASSERT_EQ(ownReadTileRect(t.image, 20, 0, 0, 0, dst.data(), 0, 0, 22, 22, 1, 1, dst.size()), 0);
     Bytes want(22, 0xEE);
     for (int X = 20; X >= 16; --X) want[20 - X] = sampleByte(4, X, 0, 0, 0);
     for (int X = 15; X >= 0; --X) want[20 - X - 2] = sampleByte(4, X, 0, 0, 0);
     EXPECT_EQ(dst, want);
-    EXPECT_EQ(t.calls, (std::vector<Call>{{2, 0, 1}, {1, 0, 1}, {0, 0, 1}, {0, 0, 4}, {1, 0, 4},
-                                          {2, 0, 4}}));
+    EXPECT_EQ(t.calls, (std::vector<Call>{
+                           {2, 0, 1}, {1, 0, 1}, {0, 0, 1}, {0, 0, 4}, {1, 0, 4}, {2, 0, 4}}));
 }
 
 TEST(ReadTileRect, BackwardRowsCrossingATileRowStopAfterTheFirst) {

@@ -65,9 +65,9 @@ TEST(ExtendedRect, ReplicateCornerTopBandAndLeftPart) {
     EXPECT_EQ(r.rowStep, 8);
     // The 2 by 2 corner holds pixel (0, 0); the top band's right part row 0;
     // the middle band's left part column 0.
-    const Bytes want = {1, 1, 1,  2,  0, 0, 0, 0,  //
-                        1, 1, 1,  2,  0, 0, 0, 0,  //
-                        1, 1, 1,  2,  0, 0, 0, 0,  //
+    const Bytes want = {1,  1,  1,  2,  0, 0, 0, 0,  //
+                        1,  1,  1,  2,  0, 0, 0, 0,  //
+                        1,  1,  1,  2,  0, 0, 0, 0,  //
                         17, 17, 17, 18, 0, 0, 0, 0};
     EXPECT_EQ(r.bytes, want);
 }
@@ -120,9 +120,9 @@ TEST(ExtendedRect, ConstPatternsByDepth) {
     PlainImage b(k32, 1, 1, 1);
     rmgSetBorderMode(b.image, RMG_BORDER_CONST, 15, 0x12345678);
     r = readRect(b.image, 1, 0, 1, 2);  // right of row 0, then below
-    EXPECT_EQ(r.bytes, (Bytes{0x78, 0x56, 0x34, 0x12, 0, 0, 0, 0,  //
+    EXPECT_EQ(r.bytes, (Bytes{0x78, 0x56, 0x34, 0x12, 0,    0,    0,    0,  //
                               0x78, 0x56, 0x34, 0x12, 0x78, 0x56, 0x34, 0x12,
-                              0x78, 0x56, 0x34, 0x12, 0, 0, 0, 0,  //
+                              0x78, 0x56, 0x34, 0x12, 0,    0,    0,    0,  //
                               0x78, 0x56, 0x34, 0x12, 0x78, 0x56, 0x34, 0x12}));
 }
 
@@ -186,9 +186,12 @@ TEST(ExtendedRect, RowStepFollowsWidthDepthOrderAndAlign) {
         int width, rowStep;
     };
     const Case cases[] = {
-        {{3, RMG_DEPTH_8U, RMG_DATA_PIXEL, 4}, 5, 16},   {{3, RMG_DEPTH_8U, RMG_DATA_PLANE, 4}, 5, 8},
-        {{2, RMG_DEPTH_16U, RMG_DATA_PLANE, 8}, 3, 8},   {{1, RMG_DEPTH_1U, RMG_DATA_PIXEL, 4}, 10, 4},
-        {{1, RMG_DEPTH_1U, RMG_DATA_PIXEL, 8}, 65, 16},  {{4, RMG_DEPTH_32S, RMG_DATA_PIXEL, 4}, 3, 48},
+        {{3, RMG_DEPTH_8U, RMG_DATA_PIXEL, 4}, 5, 16},
+        {{3, RMG_DEPTH_8U, RMG_DATA_PLANE, 4}, 5, 8},
+        {{2, RMG_DEPTH_16U, RMG_DATA_PLANE, 8}, 3, 8},
+        {{1, RMG_DEPTH_1U, RMG_DATA_PIXEL, 4}, 10, 4},
+        {{1, RMG_DEPTH_1U, RMG_DATA_PIXEL, 8}, 65, 16},
+        {{4, RMG_DEPTH_32S, RMG_DATA_PIXEL, 4}, 3, 48},
         {{1, RMG_DEPTH_8S, RMG_DATA_PIXEL, 8}, 0, 0},
     };
     for (const Case &c : cases) {
@@ -305,6 +308,7 @@ TEST(ExtendedRect, TileCallsOfEveryBandInOrder) {
     setModes(t.image, RMG_BORDER_REPLICATE, RMG_BORDER_WRAP, RMG_BORDER_REFLECT, RMG_BORDER_CONST);
     const Read r = readRect(t.image, -2, -2, 24, 16);
     ASSERT_FALSE(r.null);
+    // clang-format off
     const std::vector<Call> want = {
         // top band, replicated: pixel (0, 0), row 0, pixel (19, 0)
         {0, 0, 1}, {0, 0, 4},
@@ -318,6 +322,7 @@ TEST(ExtendedRect, TileCallsOfEveryBandInOrder) {
         {2, 0, 1}, {2, 0, 4},
         {0, 0, 1}, {1, 0, 1}, {2, 0, 1}, {2, 0, 4}, {1, 0, 4}, {0, 0, 4},
         {0, 0, 1}, {0, 0, 4}};
+    // clang-format on
     EXPECT_EQ(t.calls, want);
     EXPECT_FALSE(t.badRelease);
     EXPECT_EQ(t.outstanding(), 0u);
@@ -348,7 +353,8 @@ int pick(std::mt19937 &rng, int lo, int hi) {  // lo..hi, both included
 
 void randomBorders(std::mt19937 &rng, RmgImage *image, bool highBits) {
     for (int i = 0; i < 4; ++i) {
-        image->borderModes[i] = static_cast<int>(rng() % 4) | (highBits ? static_cast<int>(rng() % 8) << 2 : 0);
+        image->borderModes[i] =
+            static_cast<int>(rng() % 4) | (highBits ? static_cast<int>(rng() % 8) << 2 : 0);
         image->borderConsts[i] = static_cast<int>(rng());
     }
 }

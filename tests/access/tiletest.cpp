@@ -32,7 +32,7 @@ Kind kindOf(const RmgImage *image) {
 }
 
 Kind kindNumber(int index, unsigned variant) {
-    static const unsigned kDepths[6] = {RMG_DEPTH_1U,  RMG_DEPTH_8U,  RMG_DEPTH_16U,
+    static const unsigned kDepths[6] = {RMG_DEPTH_1U, RMG_DEPTH_8U,  RMG_DEPTH_16U,
                                         RMG_DEPTH_8S, RMG_DEPTH_16S, RMG_DEPTH_32S};
     const unsigned depth = kDepths[index % 6];
     const int order = (index / 6) % 2;
@@ -124,7 +124,8 @@ void TiledImage::serve(int xIndex, int yIndex) {
                 unsigned char *row = tile->bytes.data() + (p * th + r) * step;
                 if (pb == 0) {
                     if (c % 8 == 0) row[c >> 3] = 0;
-                    if (sampleBit(seed_, X, Y)) row[c >> 3] |= static_cast<unsigned char>(0x80u >> (c & 7));
+                    if (sampleBit(seed_, X, Y))
+                        row[c >> 3] |= static_cast<unsigned char>(0x80u >> (c & 7));
                     continue;
                 }
                 for (int b = 0; b < pb; ++b) row[c * pb + b] = sampleByte(seed_, X, Y, p, b);

@@ -71,9 +71,8 @@ std::ostream &operator<<(std::ostream &os, const Call &c);
 // hands back the pointer it gave, and can give null at a chosen read. Tiles
 // never released are freed with the object.
 class TiledImage {
-public:
-    TiledImage(const Kind &k, int height, int width, int tileWidth, int tileHeight,
-               uint32_t seed);
+  public:
+    TiledImage(const Kind &k, int height, int width, int tileWidth, int tileHeight, uint32_t seed);
     ~TiledImage();
     TiledImage(const TiledImage &) = delete;
     TiledImage &operator=(const TiledImage &) = delete;
@@ -86,7 +85,7 @@ public:
     bool badRelease = false;
     size_t outstanding() const { return given_.size(); }
 
-private:
+  private:
     struct Tile {
         int x, y;
         std::vector<unsigned char> bytes;
