@@ -33,4 +33,8 @@ RmgROI *wrmgCreateROI(int coi, int xOffset, int yOffset, int height, int width) 
 
 int wrmgGetErrStatus(void) { return rmgGetErrStatus(); }
 
+void wrmgSet(RmgImage *image, int fillValue, const int *tile) {
+    rmgSet(image, fillValue, tile);
+}
+
 }  // extern "C"

@@ -2,8 +2,10 @@
  * demo.c - a tour of the rmg library through its public header only.
  *
  * Creates and fills images of all six depths, prints their geometry and
- * first pixels, then makes a call that the library refuses so that the
- * error reaches the console dialog, and prints the status it leaves.
+ * first pixels; fills a tiled image whose tiles the demo serves from its
+ * own memory through a call-back; then makes a call that the library
+ * refuses so that the error reaches the console dialog, and prints the
+ * status it leaves.
  */
 #include <stdio.h>
 #include <string.h>
@@ -64,17 +66,76 @@ static void show_refusal(void) {
     wrmgDeallocate(image, RMG_DEALLOC_ALL);
 }
 
+/* The tiled image: 24 x 16 bytes in 3 x 2 tiles of 8 x 8, kept by the demo.
+ * The call-back hands out a tile's first byte and notes which tiles the
+ * library asked to write. */
+#define TILE_SIDE 8
+static unsigned char tile_store[2][3][TILE_SIDE * TILE_SIDE];
+static char tile_log[64];
+
+static void serve_tile(const RmgImage *image, int x, int y, int mode) {
+    size_t used = strlen(tile_log);
+    if (mode == RMG_TILE_RELEASE) {
+        image->tileInfo->tileData = NULL;
+        return;
+    }
+    if (used + 7 < sizeof tile_log) sprintf(tile_log + used, " (%d,%d)", x, y);
+    image->tileInfo->tileData =
+        x >= 0 && x < 3 && y >= 0 && y < 2 ? tile_store[y][x] : NULL;
+}
+
+static void print_tile_rows(int x, int y, int first, int last) {
+    int row;
+    for (row = first; row <= last; ++row) {
+        printf("  tile (%d,%d) row %d: ", x, y, row);
+        print_bytes(tile_store[y][x] + row * TILE_SIDE, TILE_SIDE);
+        printf("\n");
+    }
+}
+
+static int show_tiles(void) {
+    RmgTileInfo *tiles = rmgCreateTileInfo(serve_tile, NULL, TILE_SIDE, TILE_SIDE);
+    RmgROI *roi = wrmgCreateROI(0, 4, 3, 9, 12);
+    RmgImage *image = wrmgCreateImageHeader(1, 0, RMG_DEPTH_8U, "GRAY", "GRAY", RMG_DATA_PIXEL,
+                                            RMG_ORIGIN_TL, 4, 16, 24, NULL, NULL, tiles);
+    if (tiles == NULL || roi == NULL || image == NULL) {
+        printf("  no memory\n");
+        return 1;
+    }
+    printf("\nA tiled image of 24 x 16 bytes, its 8 x 8 tiles in the demo's own memory:\n");
+    tile_log[0] = '\0';
+    wrmgSet(image, 0x11, NULL);
+    printf("  wrmgSet(image, 0x11, NULL) writes tiles%s\n", tile_log);
+    image->roi = roi;
+    tile_log[0] = '\0';
+    wrmgSet(image, 0x5a, NULL);
+    printf("  with a ROI of 12 x 9 at (4,3), wrmgSet(image, 0x5a, NULL) writes tiles%s\n",
+           tile_log);
+    print_tile_rows(0, 0, 2, 3);
+    print_tile_rows(1, 1, 3, 4);
+    print_tile_rows(2, 1, 0, 0);
+    wrmgDeallocate(image, RMG_DEALLOC_ALL);
+    return 0;
+}
+
 static void show_error(void) {
-    printf("\nA raised error goes through the default handler to the console dialog\n"
-           "(on standard error), which answers so that the program goes on:\n");
+    RmgImage *image;
+    printf("\nwrmgSet on a header that was created but never given data: the error goes\n"
+           "through the default handler to the console dialog (on standard error),\n"
+           "which answers so that the program goes on:\n");
     fflush(stdout);
-    rmgError(RMG_StsBadArg, "rmgDemo", "image->align != 4 && image->align != 8", "demo", 42);
+    image = wrmgCreateImageHeader(1, 0, RMG_DEPTH_8U, "GRAY", "GRAY", RMG_DATA_PIXEL,
+                                  RMG_ORIGIN_TL, 4, 4, 4, NULL, NULL, NULL);
+    wrmgSet(image, 0, NULL);
+    fflush(stderr);
     printf("  wrmgGetErrStatus() = %d (%s)\n", wrmgGetErrStatus(),
            rmgErrStatusText(wrmgGetErrStatus()));
+    wrmgDeallocate(image, RMG_DEALLOC_ALL);
 }
 
 int main(void) {
     if (show_images() != 0) return 1;
+    if (show_tiles() != 0) return 1;
     show_refusal();
     show_error();
     return wrmgGetErrStatus() == RMG_StsBadArg ? 0 : 1;

@@ -219,6 +219,8 @@ RMG_API void wrmgAllocateImage(RmgImage *image, int fillValue);
 RMG_API void wrmgDeallocate(RmgImage *image, int flags);
 RMG_API RmgROI *wrmgCreateROI(int coi, int xOffset, int yOffset, int height, int width);
 RMG_API int wrmgGetErrStatus(void);
+/* `tile` points at a tile column and row, or is null (see rmgSet). */
+RMG_API void wrmgSet(RmgImage *image, int fillValue, const int *tile);
 
 /* ------------------------------------------------------------------------ */
 /* Extended interface: image records and lifecycle                           */
@@ -280,6 +282,15 @@ RMG_API int rmgCheckImage(const RmgImage *image, const char *funcName, const cha
 /* Row step of one tile of a tiled image; 0 for null, a bad header or an
  * image without tiles. */
 RMG_API int rmgTileWidthStep(const RmgImage *image);
+
+/* ------------------------------------------------------------------------ */
+/* Extended interface: fill and copy                                         */
+/* ------------------------------------------------------------------------ */
+
+/* Writes fillValue, limited to the depth's range, into every element of the
+ * image's region (with a coi, of that channel only). For a tiled image a
+ * non-null `tile` holds a tile column and row that restrict the walk. */
+RMG_API void rmgSet(RmgImage *image, int fillValue, const int *tile);
 
 /* ------------------------------------------------------------------------ */
 /* Extended interface: status and error reporting                            */
