@@ -82,9 +82,10 @@ void ownReleaseExtendedRect(void *block);
 // of the tile arithmetic that the results depend on:
 //  - A backward walk over columns that crosses a tile border places every
 //    tile after the first two columns short, so the second tile overwrites
-//    the last two columns the first delivered, and the last two columns of
-//    the destination range are not written (1-bit: are ORed, and stay
-//    clear).
+//    the last two columns the first delivered (1-bit: ORs into them), and
+//    the last two columns of the destination range are not written. When
+//    the first tile delivers only its column 0, the second starts one
+//    column before dstX.
 //  - A backward walk over rows that crosses a tile row stops after the
 //    first tile row; the rest of the destination keeps what it held.
 // Failure: no tileInfo, a tile size below 1, no memory for the tile
