@@ -37,4 +37,8 @@ void wrmgSet(RmgImage *image, int fillValue, const int *tile) {
     rmgSet(image, fillValue, tile);
 }
 
+void wrmgCopy(RmgImage *srcImage, RmgImage *dstImage, const int *tile) {
+    rmgCopy(srcImage, dstImage, tile);
+}
+
 }  // extern "C"

@@ -221,6 +221,8 @@ RMG_API RmgROI *wrmgCreateROI(int coi, int xOffset, int yOffset, int height, int
 RMG_API int wrmgGetErrStatus(void);
 /* `tile` points at a tile column and row, or is null (see rmgSet). */
 RMG_API void wrmgSet(RmgImage *image, int fillValue, const int *tile);
+/* `tile` points at a tile column and row, or is null (see rmgCopy). */
+RMG_API void wrmgCopy(RmgImage *srcImage, RmgImage *dstImage, const int *tile);
 
 /* ------------------------------------------------------------------------ */
 /* Extended interface: image records and lifecycle                           */
@@ -291,6 +293,17 @@ RMG_API int rmgTileWidthStep(const RmgImage *image);
  * image's region (with a coi, of that channel only). For a tiled image a
  * non-null `tile` holds a tile column and row that restrict the walk. */
 RMG_API void rmgSet(RmgImage *image, int fillValue, const int *tile);
+/* Copies the source's region into the destination's region: the smaller
+ * size of the two counts, and a coi on either side selects one channel
+ * (channel counts of the regions must agree). Either image may be tiled. For
+ * a tiled destination a non-null `tile` holds a tile column and row that
+ * restrict the walk. Does nothing while the status is negative. During a
+ * call on a tiled image the plain image's `roi` points for a while at a
+ * record of the call's own; it is put back before the call returns. */
+RMG_API void rmgCopy(RmgImage *srcImage, RmgImage *dstImage, const int *tile);
+/* Swaps the regions of two images, with the frame and the arguments of
+ * rmgCopy; both images are written. */
+RMG_API void rmgExchange(RmgImage *srcImage, RmgImage *dstImage, const int *tile);
 
 /* ------------------------------------------------------------------------ */
 /* Extended interface: status and error reporting                            */
