@@ -33,6 +33,15 @@ RmgROI *wrmgCreateROI(int coi, int xOffset, int yOffset, int height, int width) 
 
 int wrmgGetErrStatus(void) { return rmgGetErrStatus(); }
 
+void wrmgAddS(const RmgImage *srcImage, RmgImage *dstImage, int value, const int *tilePos) {
+    rmgAddS(srcImage, dstImage, value, tilePos);
+}
+
+void wrmgSubtractS(const RmgImage *srcImage, RmgImage *dstImage, int value, int reversed,
+                   const int *tilePos) {
+    rmgSubtractS(srcImage, dstImage, value, reversed, tilePos);
+}
+
 void wrmgSet(RmgImage *image, int fillValue, const int *tile) {
     rmgSet(image, fillValue, tile);
 }

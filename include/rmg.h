@@ -219,6 +219,11 @@ RMG_API void wrmgAllocateImage(RmgImage *image, int fillValue);
 RMG_API void wrmgDeallocate(RmgImage *image, int flags);
 RMG_API RmgROI *wrmgCreateROI(int coi, int xOffset, int yOffset, int height, int width);
 RMG_API int wrmgGetErrStatus(void);
+/* `tilePos` points at a tile column and row, or is null (see rmgAddS). */
+RMG_API void wrmgAddS(const RmgImage *srcImage, RmgImage *dstImage, int value,
+                      const int *tilePos);
+RMG_API void wrmgSubtractS(const RmgImage *srcImage, RmgImage *dstImage, int value,
+                           int reversed, const int *tilePos);
 /* `tile` points at a tile column and row, or is null (see rmgSet). */
 RMG_API void wrmgSet(RmgImage *image, int fillValue, const int *tile);
 /* `tile` points at a tile column and row, or is null (see rmgCopy). */
@@ -304,6 +309,22 @@ RMG_API void rmgCopy(RmgImage *srcImage, RmgImage *dstImage, const int *tile);
 /* Swaps the regions of two images, with the frame and the arguments of
  * rmgCopy; both images are written. */
 RMG_API void rmgExchange(RmgImage *srcImage, RmgImage *dstImage, const int *tile);
+
+/* ------------------------------------------------------------------------ */
+/* Extended interface: point operations                                      */
+/* ------------------------------------------------------------------------ */
+
+/* Adds `value` to every element of the source's region, with saturation at
+ * the depth's limits, into the destination's region (the smaller of the
+ * two). Source and destination may be the same image. For a tiled
+ * destination a non-null `tilePos` holds the tile column and row to which
+ * the operation is restricted. */
+RMG_API void rmgAddS(const RmgImage *srcImage, RmgImage *dstImage, int value,
+                     const int *tilePos);
+/* As rmgAddS with element - value, or value - element when `reversed` is
+ * not 0. */
+RMG_API void rmgSubtractS(const RmgImage *srcImage, RmgImage *dstImage, int value,
+                          int reversed, const int *tilePos);
 
 /* ------------------------------------------------------------------------ */
 /* Extended interface: status and error reporting                            */

@@ -1,0 +1,75 @@
+// Element kernels of scalar add and subtract, AVX2 form: 32-byte vectors.
+// The unpack and pack steps of the widened 8u arithmetic work within each
+// 16-byte half, so that their pairing keeps the elements in order.
+#include "core/rmgcpu.h"
+
+#if RMG_CPU_X86
+#include <immintrin.h>
+
+#include "ops/ownaddsub.h"
+#include "ops/ownaddsub_impl.h"
+
+namespace rmg {
+namespace {
+
+struct Avx2 {
+    using Vec = __m256i;
+    static constexpr size_t kBytes = 32;
+
+    static Vec zero() { return _mm256_setzero_si256(); }
+    static Vec loadu(const unsigned char *p) {
+        return _mm256_loadu_si256(reinterpret_cast<const __m256i *>(p));
+    }
+    static void store(unsigned char *p, Vec v) {
+        _mm256_store_si256(reinterpret_cast<__m256i *>(p), v);
+    }
+    static void storeu(unsigned char *p, Vec v) {
+        _mm256_storeu_si256(reinterpret_cast<__m256i *>(p), v);
+    }
+    static Vec set8(int32_t x) { return _mm256_set1_epi8(static_cast<char>(x)); }
+    static Vec set16(int32_t x) { return _mm256_set1_epi16(static_cast<short>(x)); }
+    static Vec set32(int32_t x) { return _mm256_set1_epi32(x); }
+    static Vec add16(Vec a, Vec b) { return _mm256_add_epi16(a, b); }
+    static Vec sub16(Vec a, Vec b) { return _mm256_sub_epi16(a, b); }
+    static Vec add32(Vec a, Vec b) { return _mm256_add_epi32(a, b); }
+    static Vec unpackLo8(Vec a, Vec b) { return _mm256_unpacklo_epi8(a, b); }
+    static Vec unpackHi8(Vec a, Vec b) { return _mm256_unpackhi_epi8(a, b); }
+    static Vec packUs16(Vec a, Vec b) { return _mm256_packus_epi16(a, b); }
+    static Vec addsU8(Vec a, Vec b) { return _mm256_adds_epu8(a, b); }
+    static Vec subsU8(Vec a, Vec b) { return _mm256_subs_epu8(a, b); }
+    static Vec addsU16(Vec a, Vec b) { return _mm256_adds_epu16(a, b); }
+    static Vec subsU16(Vec a, Vec b) { return _mm256_subs_epu16(a, b); }
+    static Vec addsS8(Vec a, Vec b) { return _mm256_adds_epi8(a, b); }
+    static Vec subsS8(Vec a, Vec b) { return _mm256_subs_epi8(a, b); }
+    static Vec addsS16(Vec a, Vec b) { return _mm256_adds_epi16(a, b); }
+    static Vec subsS16(Vec a, Vec b) { return _mm256_subs_epi16(a, b); }
+    static Vec cmpGt32(Vec a, Vec b) { return _mm256_cmpgt_epi32(a, b); }
+    static Vec and_(Vec a, Vec b) { return _mm256_and_si256(a, b); }
+    static Vec or_(Vec a, Vec b) { return _mm256_or_si256(a, b); }
+    static Vec andNot(Vec a, Vec b) { return _mm256_andnot_si256(a, b); }
+
+    // Four lanes at a time in double precision (see the SSE2 form).
+    static __m128i subHalf(__m128i x, __m256d v, int reversed) {
+        const __m256d e = _mm256_cvtepi32_pd(x);
+        __m256d d = reversed ? _mm256_sub_pd(v, e) : _mm256_sub_pd(e, v);
+        d = _mm256_min_pd(_mm256_max_pd(d, _mm256_set1_pd(-2147483648.0)),
+                          _mm256_set1_pd(2147483647.0));
+        return _mm256_cvttpd_epi32(d);
+    }
+    static Vec subDouble32(Vec x, Vec v, int reversed) {
+        const __m256d vd = _mm256_cvtepi32_pd(_mm256_castsi256_si128(v));
+        const __m128i low = subHalf(_mm256_castsi256_si128(x), vd, reversed);
+        const __m128i high = subHalf(_mm256_extracti128_si256(x, 1), vd, reversed);
+        return _mm256_inserti128_si256(_mm256_castsi128_si256(low), high, 1);
+    }
+};
+
+}  // namespace
+
+void elemRunAvx2(int family, const unsigned char *src, unsigned char *dst, size_t n, int64_t v) {
+    elemRunVector<Avx2>(family, src, dst, n, v);
+}
+
+}  // namespace rmg
+
+#endif

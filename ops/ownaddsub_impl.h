@@ -1,0 +1,539 @@
+// The element arithmetic of scalar add and subtract, shared by the scalar
+// form and the files compiled for one instruction set. Everything lives in
+// an anonymous namespace, so that each of those files keeps its own copy,
+// compiled with its own options (see core/rmgcpu.h).
+#ifndef RMG_OPS_OWNADDSUB_IMPL_H
+#define RMG_OPS_OWNADDSUB_IMPL_H
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+#include "ops/ownaddsub.h"
+
+namespace rmg {
+namespace {
+
+constexpr int32_t kInt32Max = 2147483647;
+constexpr int32_t kInt32Min = -2147483647 - 1;
+
+inline int64_t clamp64(int64_t x, int64_t low, int64_t high) {
+    return x < low ? low : x > high ? high : x;
+}
+
+// 32-bit sums and differences that wrap like the machine's words.
+inline int32_t wrapAdd(int32_t a, int32_t b) {
+    return static_cast<int32_t>(static_cast<uint32_t>(a) + static_cast<uint32_t>(b));
+}
+inline int32_t wrapSub(int32_t a, int32_t b) {
+    return static_cast<int32_t>(static_cast<uint32_t>(a) - static_cast<uint32_t>(b));
+}
+
+// The 8u arithmetic of the vector kernels: a 16-bit word sum, negative
+// words giving 0 and words above 255 giving 255.
+inline int16_t word16(int64_t v) { return static_cast<int16_t>(static_cast<uint16_t>(v)); }
+inline uint8_t satWord8u(int32_t word) {
+    const auto w = static_cast<int16_t>(static_cast<uint16_t>(word));
+    return static_cast<uint8_t>(w < 0 ? 0 : w > 255 ? 255 : w);
+}
+
+// The 32s kernels. Addition compares with the limit before it adds.
+inline int32_t add32s(int32_t e, int32_t v) {
+    if (v >= 0) {
+        const int32_t limit = kInt32Max - v;
+        return e > limit ? kInt32Max : e + v;
+    }
+    const int32_t limit = kInt32Min - v;
+    return e < limit ? kInt32Min : e + v;
+}
+// Subtraction goes through double precision, where the difference of two
+// 32-bit integers is exact.
+inline int32_t fromDouble32s(double d) {
+    if (d > 2147483647.0) return kInt32Max;
+    if (d < -2147483648.0) return kInt32Min;
+    return static_cast<int32_t>(d);
+}
+
+template <typename T>
+inline T loadElem(const unsigned char *p) {
+    T e;
+    std::memcpy(&e, p, sizeof e);
+    return e;
+}
+template <typename T>
+inline void storeElem(unsigned char *p, T e) {
+    std::memcpy(p, &e, sizeof e);
+}
+
+// One element of a family at src to dst.
+inline void elemOne(int family, const unsigned char *src, unsigned char *dst, int64_t v) {
+    switch (family) {
+    case kAdd8u:
+        *dst = satWord8u(*src + word16(v));
+        break;
+    case kSub8u:
+        *dst = satWord8u(*src - word16(v));
+        break;
+    case kRevSub8u:
+        *dst = satWord8u(word16(v) - *src);
+        break;
+    case kAdd16u:
+        storeElem<uint16_t>(dst, static_cast<uint16_t>(
+                                     clamp64(loadElem<uint16_t>(src) + v, 0, 65535)));
+        break;
+    case kSub16u:
+        storeElem<uint16_t>(dst, static_cast<uint16_t>(
+                                     clamp64(loadElem<uint16_t>(src) - v, 0, 65535)));
+        break;
+    case kRevSub16u:
+        storeElem<uint16_t>(dst, static_cast<uint16_t>(
+                                     clamp64(v - loadElem<uint16_t>(src), 0, 65535)));
+        break;
+    case kZero16u:
+        storeElem<uint16_t>(dst, 0);
+        break;
+    case kAdd8s:
+        storeElem<int8_t>(dst, static_cast<int8_t>(clamp64(
+                                   wrapAdd(loadElem<int8_t>(src), static_cast<int32_t>(v)), -128, 127)));
+        break;
+    case kSub8s:
+        storeElem<int8_t>(dst, static_cast<int8_t>(clamp64(
+                                   wrapSub(loadElem<int8_t>(src), static_cast<int32_t>(v)), -128, 127)));
+        break;
+    case kRevSub8s:
+        storeElem<int8_t>(dst, static_cast<int8_t>(clamp64(
+                                   wrapSub(static_cast<int32_t>(v), loadElem<int8_t>(src)), -128, 127)));
+        break;
+    case kAdd16s:
+        storeElem<int16_t>(dst, static_cast<int16_t>(clamp64(
+                                    wrapAdd(loadElem<int16_t>(src), static_cast<int32_t>(v)), -32768, 32767)));
+        break;
+    case kSub16s:
+        storeElem<int16_t>(dst, static_cast<int16_t>(clamp64(
+                                    wrapSub(loadElem<int16_t>(src), static_cast<int32_t>(v)), -32768, 32767)));
+        break;
+    case kRevSub16s:
+        storeElem<int16_t>(dst, static_cast<int16_t>(clamp64(
+                                    wrapSub(static_cast<int32_t>(v), loadElem<int16_t>(src)), -32768, 32767)));
+        break;
+    case kAdd32s:
+        storeElem<int32_t>(dst, add32s(loadElem<int32_t>(src), static_cast<int32_t>(v)));
+        break;
+    case kSub32s:
+        storeElem<int32_t>(dst, fromDouble32s(static_cast<double>(loadElem<int32_t>(src)) -
+                                              static_cast<double>(static_cast<int32_t>(v))));
+        break;
+    case kRevSub32s:
+        storeElem<int32_t>(dst, fromDouble32s(static_cast<double>(static_cast<int32_t>(v)) -
+                                              static_cast<double>(loadElem<int32_t>(src))));
+        break;
+    case kOr1u:
+        *dst = static_cast<uint8_t>(*src | static_cast<uint8_t>(v));
+        break;
+    case kAndNot1u:
+        *dst = static_cast<uint8_t>(*src & ~static_cast<uint8_t>(v));
+        break;
+    case kNotAnd1u:
+        *dst = static_cast<uint8_t>(~*src & static_cast<uint8_t>(v));
+        break;
+    case kAdd8uFull:
+        *dst = static_cast<uint8_t>(clamp64(wrapAdd(*src, static_cast<int32_t>(v)), 0, 255));
+        break;
+    case kSub8uFull:
+        *dst = static_cast<uint8_t>(clamp64(wrapSub(*src, static_cast<int32_t>(v)), 0, 255));
+        break;
+    case kRevSub8uFull:
+        *dst = static_cast<uint8_t>(clamp64(wrapSub(static_cast<int32_t>(v), *src), 0, 255));
+        break;
+    default:
+        break;
+    }
+}
+
+constexpr size_t familySize(int family) {
+    switch (family) {
+    case kAdd16u:
+    case kSub16u:
+    case kRevSub16u:
+    case kZero16u:
+    case kAdd16s:
+    case kSub16s:
+    case kRevSub16s:
+        return 2;
+    case kAdd32s:
+    case kSub32s:
+    case kRevSub32s:
+        return 4;
+    default:
+        return 1;
+    }
+}
+
+// The plain loop of a family; the scalar form, and the heads and tails of
+// the vector forms.
+template <int Family>
+inline void elemLoopOf(const unsigned char *src, unsigned char *dst, size_t n, int64_t v) {
+    const size_t size = familySize(Family);
+    for (size_t i = 0; i < n; ++i) elemOne(Family, src + i * size, dst + i * size, v);
+}
+
+inline void elemLoop(int family, const unsigned char *src, unsigned char *dst, size_t n,
+                     int64_t v) {
+    switch (family) {
+#define RMG_ELEM_CASE(f) \
+    case f:              \
+        elemLoopOf<f>(src, dst, n, v); \
+        break;
+        RMG_ELEM_CASE(kAdd8u)
+        RMG_ELEM_CASE(kSub8u)
+        RMG_ELEM_CASE(kRevSub8u)
+        RMG_ELEM_CASE(kAdd16u)
+        RMG_ELEM_CASE(kSub16u)
+        RMG_ELEM_CASE(kRevSub16u)
+        RMG_ELEM_CASE(kAdd8s)
+        RMG_ELEM_CASE(kSub8s)
+        RMG_ELEM_CASE(kRevSub8s)
+        RMG_ELEM_CASE(kAdd16s)
+        RMG_ELEM_CASE(kSub16s)
+        RMG_ELEM_CASE(kRevSub16s)
+        RMG_ELEM_CASE(kAdd32s)
+        RMG_ELEM_CASE(kSub32s)
+        RMG_ELEM_CASE(kRevSub32s)
+        RMG_ELEM_CASE(kOr1u)
+        RMG_ELEM_CASE(kAndNot1u)
+        RMG_ELEM_CASE(kNotAnd1u)
+        RMG_ELEM_CASE(kAdd8uFull)
+        RMG_ELEM_CASE(kSub8uFull)
+        RMG_ELEM_CASE(kRevSub8uFull)
+#undef RMG_ELEM_CASE
+    case kZero16u:
+        // Stores only: the source is not read.
+        std::memset(dst, 0, n * 2);
+        break;
+    default:
+        break;
+    }
+}
+
+#if RMG_CPU_X86
+
+// ---------------------------------------------------------------------------
+// The vector forms. A form supplies a traits type V:
+//   Vec, kBytes, zero(), loadu(p), store(p, v), storeu(p, v), set8/16/32,
+//   add16, sub16, add32, unpackLo8, unpackHi8, packUs16, addsU8, subsU8,
+//   addsU16, subsU16, addsS8, subsS8, addsS16, subsS16, cmpGt32, and_, or_,
+//   andNot (~a & b), subDouble32(x, v, reversed) (the 32s subtraction of
+//   each lane through double precision).
+// Each vector step below gives, lane by lane, what elemOne gives.
+// ---------------------------------------------------------------------------
+
+// How a run of one family is done with vectors: the step and its
+// constants, chosen once per run. kScalar: no vector step gives the
+// family's results for this value (the 32-bit sum wraps for some
+// elements), the plain loop runs.
+enum StepKind : int {
+    kScalar,
+    kWiden8u,       // 8u: words e + w (or w - e), packed with unsigned saturation
+    kWidenRev8u,
+    kAddsU8,        // saturating byte and word steps
+    kSubsU8,
+    kRevSubsU8,     // c - e
+    kAddsU16,
+    kSubsU16,
+    kRevU16,        // adds(subs(c, e), d)
+    kConst,         // every element the same: c
+    kTwoAddsS8,     // adds(adds(e, c), d)
+    kRevTwoS8,      // adds(subs(c, e), d)
+    kTwoAddsS16,
+    kRevTwoS16,
+    kLimitAdd32s,   // limit compare: e > c (or e < c) gives d, else e + v
+    kDoubleSub32s,  // through double precision
+    kOr,
+    kAndNot,
+    kNotAnd,
+};
+
+struct Step {
+    int kind;
+    int32_t c;
+    int32_t d;
+    int32_t v;
+    int greater;  // kLimitAdd32s: 1 when the limit test is e > c
+    int reversed; // kDoubleSub32s
+};
+
+// A signed depth of `bits` 8 or 16 with the 32-bit wrapping sum
+// clamp(int32(e + v)) (add) or clamp(int32(v - e)) (rev): two saturating
+// steps, a constant, or the plain loop where the 32-bit sum wraps.
+inline Step signedStep(bool rev, int64_t v, int bits) {
+    const int64_t high = bits == 8 ? 127 : 32767;
+    const int64_t low = -high - 1;
+    // The sum of any element with v, outside 32 bits, wraps: plain loop.
+    const int64_t reachLow = rev ? v - high : v + low;
+    const int64_t reachHigh = rev ? v - low : v + high;
+    if (reachLow < kInt32Min || reachHigh > kInt32Max) return Step{kScalar, 0, 0, 0, 0, 0};
+    if (reachLow >= high) return Step{kConst, static_cast<int32_t>(high), 0, 0, 0, 0};
+    if (reachHigh <= low) return Step{kConst, static_cast<int32_t>(low), 0, 0, 0, 0};
+    // Here |v| <= 2 * high + 1, and v = c + d with c in the element's range
+    // and d of the same sign: a first saturating step can only saturate on
+    // the side that the second one moves towards.
+    const int64_t c = clamp64(v, low, high);
+    const int64_t d = v - c;
+    int kind;
+    if (bits == 8)
+        kind = rev ? kRevTwoS8 : kTwoAddsS8;
+    else
+        kind = rev ? kRevTwoS16 : kTwoAddsS16;
+    return Step{kind, static_cast<int32_t>(c), static_cast<int32_t>(d), 0, 0, 0};
+}
+
+inline Step stepOf(int family, int64_t v) {
+    switch (family) {
+    case kAdd8u:
+    case kSub8u: {
+        // e - w is e + (-w) in 16-bit words.
+        const int32_t w = family == kAdd8u ? word16(v) : word16(-word16(v));
+        if (w >= 0 && w <= 255) return Step{kAddsU8, w, 0, 0, 0, 0};
+        if (w < 0 && w >= -255) return Step{kSubsU8, -w, 0, 0, 0, 0};
+        return Step{kWiden8u, w, 0, 0, 0, 0};
+    }
+    case kRevSub8u: {
+        const int32_t w = word16(v);
+        if (w >= 0 && w <= 255) return Step{kRevSubsU8, w, 0, 0, 0, 0};
+        return Step{kWidenRev8u, w, 0, 0, 0, 0};
+    }
+    case kAdd16u:
+    case kSub16u: {
+        // The exact sum: adding a negative v subtracts its magnitude.
+        const int64_t up = family == kAdd16u ? v : -v;
+        if (up >= 0) return Step{kAddsU16, static_cast<int32_t>(clamp64(up, 0, 65535)), 0, 0, 0, 0};
+        return Step{kSubsU16, static_cast<int32_t>(clamp64(-up, 0, 65535)), 0, 0, 0, 0};
+    }
+    case kRevSub16u:
+        if (v < 0) return Step{kConst, 0, 0, 0, 0, 0};
+        // v - e = (c - e) + d with c = min(v, 65535): c - e never falls
+        // below 0 when d > 0, so the two saturating steps are exact.
+        return Step{kRevU16, static_cast<int32_t>(clamp64(v, 0, 65535)),
+                    static_cast<int32_t>(clamp64(v - 65535, 0, 65535)), 0, 0, 0};
+    case kZero16u:
+        return Step{kConst, 0, 0, 0, 0, 0};
+    case kAdd8s:
+        return signedStep(false, static_cast<int32_t>(v), 8);
+    case kSub8s:
+        return signedStep(false, wrapSub(0, static_cast<int32_t>(v)), 8);
+    case kRevSub8s:
+        return signedStep(true, static_cast<int32_t>(v), 8);
+    case kAdd16s:
+        return signedStep(false, static_cast<int32_t>(v), 16);
+    case kSub16s:
+        return signedStep(false, wrapSub(0, static_cast<int32_t>(v)), 16);
+    case kRevSub16s:
+        return signedStep(true, static_cast<int32_t>(v), 16);
+    case kAdd32s: {
+        const auto w = static_cast<int32_t>(v);
+        if (w >= 0) return Step{kLimitAdd32s, kInt32Max - w, kInt32Max, w, 1, 0};
+        return Step{kLimitAdd32s, kInt32Min - w, kInt32Min, w, 0, 0};
+    }
+    case kSub32s:
+        return Step{kDoubleSub32s, 0, 0, static_cast<int32_t>(v), 0, 0};
+    case kRevSub32s:
+        return Step{kDoubleSub32s, 0, 0, static_cast<int32_t>(v), 0, 1};
+    case kOr1u:
+        return Step{kOr, static_cast<uint8_t>(v), 0, 0, 0, 0};
+    case kAndNot1u:
+        return Step{kAndNot, static_cast<uint8_t>(v), 0, 0, 0, 0};
+    case kNotAnd1u:
+        return Step{kNotAnd, static_cast<uint8_t>(v), 0, 0, 0, 0};
+    default:
+        return Step{kScalar, 0, 0, 0, 0, 0};
+    }
+}
+
+// Bytes of the lanes that hold a step's constants: words for the widened
+// 8u steps, 32-bit lanes for 32s, else the element's size.
+constexpr size_t laneBytes(int kind, size_t size) {
+    return kind == kWiden8u || kind == kWidenRev8u ? 2 : kind == kLimitAdd32s ? 4 : size;
+}
+
+template <class V>
+typename V::Vec splatLane(int32_t x, size_t bytes) {
+    return bytes == 1 ? V::set8(x) : bytes == 2 ? V::set16(x) : V::set32(x);
+}
+
+// The vector step of a kind, with its constants in registers.
+template <class V, int Kind>
+struct VecStep {
+    typename V::Vec c, d, v, zero;
+    int greater;
+    int reversed;
+    explicit VecStep(const Step &s, size_t size)
+        : c(splatLane<V>(s.c, laneBytes(Kind, size))),
+          d(splatLane<V>(s.d, laneBytes(Kind, size))),
+          v(V::set32(s.v)),
+          zero(V::zero()),
+          greater(s.greater),
+          reversed(s.reversed) {}
+
+    typename V::Vec operator()(typename V::Vec e) const {
+        switch (Kind) {
+        case kWiden8u:
+            return V::packUs16(V::add16(V::unpackLo8(e, zero), c),
+                               V::add16(V::unpackHi8(e, zero), c));
+        case kWidenRev8u:
+            return V::packUs16(V::sub16(c, V::unpackLo8(e, zero)),
+                               V::sub16(c, V::unpackHi8(e, zero)));
+        case kAddsU8:
+            return V::addsU8(e, c);
+        case kSubsU8:
+            return V::subsU8(e, c);
+        case kRevSubsU8:
+            return V::subsU8(c, e);
+        case kAddsU16:
+            return V::addsU16(e, c);
+        case kSubsU16:
+            return V::subsU16(e, c);
+        case kRevU16:
+            return V::addsU16(V::subsU16(c, e), d);
+        case kConst:
+            return c;
+        case kTwoAddsS8:
+            return V::addsS8(V::addsS8(e, c), d);
+        case kRevTwoS8:
+            return V::addsS8(V::subsS8(c, e), d);
+        case kTwoAddsS16:
+            return V::addsS16(V::addsS16(e, c), d);
+        case kRevTwoS16:
+            return V::addsS16(V::subsS16(c, e), d);
+        case kLimitAdd32s: {
+            const typename V::Vec over = greater ? V::cmpGt32(e, c) : V::cmpGt32(c, e);
+            return V::or_(V::and_(over, d), V::andNot(over, V::add32(e, v)));
+        }
+        case kDoubleSub32s:
+            return V::subDouble32(e, v, reversed);
+        case kOr:
+            return V::or_(e, c);
+        case kAndNot:
+            return V::andNot(c, e);
+        case kNotAnd:
+            return V::andNot(e, c);
+        default:
+            return e;
+        }
+    }
+};
+
+// One run with vectors: elements one by one until the destination is
+// aligned to the vector (when whole elements can get it there), then four
+// and single vectors, then the rest one by one. Source loads may be
+// unaligned. A vector step reads a whole vector of the source and then
+// writes the same elements of the destination, so source and destination
+// may be one buffer.
+template <class V, int Kind, int Family>
+void runVector(const unsigned char *src, unsigned char *dst, size_t n, int64_t value,
+               const Step &step) {
+    const size_t size = familySize(Family);
+    const size_t per = V::kBytes / size;
+    size_t i = 0;
+    const size_t misalign = reinterpret_cast<uintptr_t>(dst) & (V::kBytes - 1);
+    if (misalign != 0 && misalign % size == 0) {
+        size_t head = (V::kBytes - misalign) / size;
+        if (head > n) head = n;
+        elemLoopOf<Family>(src, dst, head, value);
+        i = head;
+    }
+    const VecStep<V, Kind> op(step, size);
+    const bool aligned = (reinterpret_cast<uintptr_t>(dst + i * size) & (V::kBytes - 1)) == 0;
+    if (aligned) {
+        for (; i + 4 * per <= n; i += 4 * per) {
+            const unsigned char *s = src + i * size;
+            unsigned char *t = dst + i * size;
+            const typename V::Vec a0 = op(V::loadu(s));
+            const typename V::Vec a1 = op(V::loadu(s + V::kBytes));
+            const typename V::Vec a2 = op(V::loadu(s + 2 * V::kBytes));
+            const typename V::Vec a3 = op(V::loadu(s + 3 * V::kBytes));
+            V::store(t, a0);
+            V::store(t + V::kBytes, a1);
+            V::store(t + 2 * V::kBytes, a2);
+            V::store(t + 3 * V::kBytes, a3);
+        }
+        for (; i + per <= n; i += per) V::store(dst + i * size, op(V::loadu(src + i * size)));
+    } else {
+        for (; i + per <= n; i += per) V::storeu(dst + i * size, op(V::loadu(src + i * size)));
+    }
+    elemLoopOf<Family>(src + i * size, dst + i * size, n - i, value);
+}
+
+template <class V, int Family>
+void runFamily(const unsigned char *src, unsigned char *dst, size_t n, int64_t v) {
+    const Step step = stepOf(Family, v);
+    switch (step.kind) {
+#define RMG_STEP_CASE(k) \
+    case k:              \
+        runVector<V, k, Family>(src, dst, n, v, step); \
+        return;
+        RMG_STEP_CASE(kWiden8u)
+        RMG_STEP_CASE(kWidenRev8u)
+        RMG_STEP_CASE(kAddsU8)
+        RMG_STEP_CASE(kSubsU8)
+        RMG_STEP_CASE(kRevSubsU8)
+        RMG_STEP_CASE(kAddsU16)
+        RMG_STEP_CASE(kSubsU16)
+        RMG_STEP_CASE(kRevU16)
+        RMG_STEP_CASE(kConst)
+        RMG_STEP_CASE(kTwoAddsS8)
+        RMG_STEP_CASE(kRevTwoS8)
+        RMG_STEP_CASE(kTwoAddsS16)
+        RMG_STEP_CASE(kRevTwoS16)
+        RMG_STEP_CASE(kLimitAdd32s)
+        RMG_STEP_CASE(kDoubleSub32s)
+        RMG_STEP_CASE(kOr)
+        RMG_STEP_CASE(kAndNot)
+        RMG_STEP_CASE(kNotAnd)
+#undef RMG_STEP_CASE
+    default:
+        elemLoopOf<Family>(src, dst, n, v);
+        return;
+    }
+}
+
+template <class V>
+void elemRunVector(int family, const unsigned char *src, unsigned char *dst, size_t n,
+                   int64_t v) {
+    switch (family) {
+#define RMG_FAMILY_CASE(f) \
+    case f:                \
+        runFamily<V, f>(src, dst, n, v); \
+        return;
+        RMG_FAMILY_CASE(kAdd8u)
+        RMG_FAMILY_CASE(kSub8u)
+        RMG_FAMILY_CASE(kRevSub8u)
+        RMG_FAMILY_CASE(kAdd16u)
+        RMG_FAMILY_CASE(kSub16u)
+        RMG_FAMILY_CASE(kRevSub16u)
+        RMG_FAMILY_CASE(kAdd8s)
+        RMG_FAMILY_CASE(kSub8s)
+        RMG_FAMILY_CASE(kRevSub8s)
+        RMG_FAMILY_CASE(kAdd16s)
+        RMG_FAMILY_CASE(kSub16s)
+        RMG_FAMILY_CASE(kRevSub16s)
+        RMG_FAMILY_CASE(kAdd32s)
+        RMG_FAMILY_CASE(kSub32s)
+        RMG_FAMILY_CASE(kRevSub32s)
+        RMG_FAMILY_CASE(kOr1u)
+        RMG_FAMILY_CASE(kAndNot1u)
+        RMG_FAMILY_CASE(kNotAnd1u)
+#undef RMG_FAMILY_CASE
+    default:
+        // The zero store (no arithmetic, the source not read) and the
+        // families of the one-channel loop.
+        elemLoop(family, src, dst, n, v);
+        return;
+    }
+}
+
+#endif  // RMG_CPU_X86
+
+}  // namespace
+}  // namespace rmg
+
+#endif

@@ -1,0 +1,72 @@
+// Element kernels of scalar add and subtract, SSE2 form: 16-byte vectors.
+#include "core/rmgcpu.h"
+
+#if RMG_CPU_X86
+#include <emmintrin.h>
+
+#include "ops/ownaddsub.h"
+#include "ops/ownaddsub_impl.h"
+
+namespace rmg {
+namespace {
+
+struct Sse2 {
+    using Vec = __m128i;
+    static constexpr size_t kBytes = 16;
+
+    static Vec zero() { return _mm_setzero_si128(); }
+    static Vec loadu(const unsigned char *p) {
+        return _mm_loadu_si128(reinterpret_cast<const __m128i *>(p));
+    }
+    static void store(unsigned char *p, Vec v) { _mm_store_si128(reinterpret_cast<__m128i *>(p), v); }
+    static void storeu(unsigned char *p, Vec v) {
+        _mm_storeu_si128(reinterpret_cast<__m128i *>(p), v);
+    }
+    static Vec set8(int32_t x) { return _mm_set1_epi8(static_cast<char>(x)); }
+    static Vec set16(int32_t x) { return _mm_set1_epi16(static_cast<short>(x)); }
+    static Vec set32(int32_t x) { return _mm_set1_epi32(x); }
+    static Vec add16(Vec a, Vec b) { return _mm_add_epi16(a, b); }
+    static Vec sub16(Vec a, Vec b) { return _mm_sub_epi16(a, b); }
+    static Vec add32(Vec a, Vec b) { return _mm_add_epi32(a, b); }
+    static Vec unpackLo8(Vec a, Vec b) { return _mm_unpacklo_epi8(a, b); }
+    static Vec unpackHi8(Vec a, Vec b) { return _mm_unpackhi_epi8(a, b); }
+    static Vec packUs16(Vec a, Vec b) { return _mm_packus_epi16(a, b); }
+    static Vec addsU8(Vec a, Vec b) { return _mm_adds_epu8(a, b); }
+    static Vec subsU8(Vec a, Vec b) { return _mm_subs_epu8(a, b); }
+    static Vec addsU16(Vec a, Vec b) { return _mm_adds_epu16(a, b); }
+    static Vec subsU16(Vec a, Vec b) { return _mm_subs_epu16(a, b); }
+    static Vec addsS8(Vec a, Vec b) { return _mm_adds_epi8(a, b); }
+    static Vec subsS8(Vec a, Vec b) { return _mm_subs_epi8(a, b); }
+    static Vec addsS16(Vec a, Vec b) { return _mm_adds_epi16(a, b); }
+    static Vec subsS16(Vec a, Vec b) { return _mm_subs_epi16(a, b); }
+    static Vec cmpGt32(Vec a, Vec b) { return _mm_cmpgt_epi32(a, b); }
+    static Vec and_(Vec a, Vec b) { return _mm_and_si128(a, b); }
+    static Vec or_(Vec a, Vec b) { return _mm_or_si128(a, b); }
+    static Vec andNot(Vec a, Vec b) { return _mm_andnot_si128(a, b); }
+
+    // Two lanes at a time in double precision: the difference of two 32-bit
+    // integers is exact there, and limiting it before the truncating
+    // conversion gives the 32-bit range's ends.
+    static __m128i subHalf(__m128i x, __m128d v, int reversed) {
+        const __m128d e = _mm_cvtepi32_pd(x);
+        __m128d d = reversed ? _mm_sub_pd(v, e) : _mm_sub_pd(e, v);
+        d = _mm_min_pd(_mm_max_pd(d, _mm_set1_pd(-2147483648.0)), _mm_set1_pd(2147483647.0));
+        return _mm_cvttpd_epi32(d);
+    }
+    static Vec subDouble32(Vec x, Vec v, int reversed) {
+        const __m128d vd = _mm_cvtepi32_pd(v);
+        const __m128i low = subHalf(x, vd, reversed);
+        const __m128i high = subHalf(_mm_shuffle_epi32(x, 0x4E), vd, reversed);
+        return _mm_unpacklo_epi64(low, high);
+    }
+};
+
+}  // namespace
+
+void elemRunSse2(int family, const unsigned char *src, unsigned char *dst, size_t n, int64_t v) {
+    elemRunVector<Sse2>(family, src, dst, n, v);
+}
+
+}  // namespace rmg
+
+#endif
