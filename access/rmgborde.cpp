@@ -13,6 +13,7 @@
 
 #include "access/owntile.h"
 #include "core/rmgint.h"
+#include "ops/rmgfill.h"
 #include "rmg.h"
 
 using rmg::add32;
@@ -105,16 +106,12 @@ struct Reader {
 
     // The side's 32-bit pattern over whole rows, padding included.
     void fillRows(int constant, int row, int rows) const {
-        const auto v = static_cast<uint32_t>(constant);
-        uint32_t pattern = v;
-        if (bits == 1) pattern = (v & 1u) ? 0xFFFFFFFFu : 0u;
-        if (bits == 8) pattern = (v & 0xFFu) * 0x01010101u;
-        if (bits == 16) pattern = (v & 0xFFFFu) * 0x00010001u;
+        const uint32_t pattern = rmg::fillPattern32(constant, bits);
         for (int p = 0; p < planes; ++p)
             for (int j = 0; j < rows; ++j) {
                 unsigned char *to =
                     block + static_cast<i64>(p) * planeStep + static_cast<i64>(row + j) * rowStep;
-                for (int w = 0; w < rowStep / 4; ++w) std::memcpy(to + 4 * w, &pattern, 4);
+                rmgFill32(pattern, to, rowStep / 4);
             }
     }
 

@@ -8,6 +8,7 @@
 
 #include "core/rmgint.h"
 #include "core/rmgvalid.h"
+#include "ops/rmgfill.h"
 #include "rmg.h"
 
 using rmg::add32;
@@ -136,26 +137,9 @@ RmgImage *rmgCreateImageHeader(int nChannels, int alphaChannel, unsigned int dep
 
 void rmgFillImage(RmgImage *image, int fillValue, int bits) {
     if (fillValue == -1) return;
-    uint32_t pattern;
-    const auto v = static_cast<uint32_t>(fillValue);
-    switch (bits) {
-    case 1:
-        pattern = (v & 1u) ? 0xFFFFFFFFu : 0u;
-        break;
-    case 8:
-        pattern = (v & 0xFFu) * 0x01010101u;
-        break;
-    case 16:
-        pattern = (v & 0xFFFFu) * 0x00010001u;
-        break;
-    default:
-        pattern = v;
-        break;
-    }
-    // One 32-bit store loop over the whole buffer, row padding included.
-    unsigned char *p = image->imageData;
-    const size_t words = static_cast<size_t>(static_cast<uint32_t>(image->imageSize)) / 4u;
-    for (size_t i = 0; i < words; ++i) std::memcpy(p + 4 * i, &pattern, 4);
+    // One 32-bit pattern over the whole buffer, row padding included.
+    rmgFill32(rmg::fillPattern32(fillValue, bits), image->imageData,
+              static_cast<int>(static_cast<uint32_t>(image->imageSize) / 4u));
 }
 
 void rmgAllocateImage(RmgImage *image, int fillValue) {

@@ -41,6 +41,23 @@ inline bool isLegalDepth(uint32_t depth) {
     }
 }
 
+// The 32-bit word that a fill of `value` stores for channels of `bits`
+// bits: 1: all ones when the value is odd, else 0; 8: the low byte four
+// times; 16: the low half twice; any other count: the value itself.
+inline uint32_t fillPattern32(int32_t value, int32_t bits) {
+    const auto v = static_cast<uint32_t>(value);
+    switch (bits) {
+    case 1:
+        return (v & 1u) ? 0xFFFFFFFFu : 0u;
+    case 8:
+        return (v & 0xFFu) * 0x01010101u;
+    case 16:
+        return (v & 0xFFFFu) * 0x00010001u;
+    default:
+        return v;
+    }
+}
+
 }  // namespace rmg
 
 #endif
