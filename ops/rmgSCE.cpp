@@ -8,6 +8,7 @@
 
 #include <climits>
 #include <cstddef>
+#include <cstdint>
 
 #include "access/ownrect.h"
 #include "core/rmgint.h"
@@ -41,6 +42,24 @@ void changeBits(unsigned char *byte, unsigned int mask, int value) {
 template <typename T, void (*Fill)(T, void *, int)>
 void setRows(unsigned char *data, int rows, int columns, int rowStep, int planeStep, int planes,
              T value) {
+    // Rows that follow each other without a gap (the region spans whole
+    // rows that have no padding) are one run, and so are such planes that
+    // follow each other: the same stores in fewer kernel calls.
+    const int64_t element = static_cast<int64_t>(sizeof(T));
+    if (rows > 0 && columns > 0 && columns * element == rowStep) {
+        int64_t run = static_cast<int64_t>(columns) * rows;
+        int runs = planes;
+        if (planes > 1 && planeStep == static_cast<int64_t>(rowStep) * rows &&
+            run * planes <= INT_MAX) {
+            run *= planes;
+            runs = 1;
+        }
+        if (run <= INT_MAX) {
+            for (int p = 0; p < runs; ++p)
+                Fill(value, rowAt(data, p, planeStep, 0, rowStep), static_cast<int>(run));
+            return;
+        }
+    }
     for (int p = 0; p < planes; ++p)
         for (int r = 0; r < rows; ++r) Fill(value, rowAt(data, p, planeStep, r, rowStep), columns);
 }
