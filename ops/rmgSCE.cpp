@@ -287,7 +287,7 @@ bool tileWalkStart(TileWalk *walk, const int *tile) {
     walk->nTilesX = 1;
     walk->nTilesY = 1;
     walk->startColumn = tx - walk->firstTileX;
-    walk->startRow = sub32(tx, walk->firstTileY);  // from the column value, as bound
+    walk->startRow = sub32(tx, walk->firstTileY);  // the column value, not tile[1]
     return true;
 }
 

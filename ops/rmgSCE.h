@@ -62,7 +62,8 @@ struct TileWalk {
 // column and row, the start column is tile[0] - firstTileX and the start row
 // tile[0] - firstTileY. The row is formed from the column value as well, so
 // the walk runs only when tile[0] is the region's first tile column, and
-// then over the tile rows from tile[0] down to firstTileY, if any.
+// then over tile rows tile[0] to firstTileY when tile[0] is not above
+// firstTileY (grid rows below 0 are whole tile heights).
 bool tileWalkStart(TileWalk *walk, const int *tile);
 
 // Visits the grid row by row from the start row and column: visit(i, j)
@@ -89,7 +90,6 @@ public:
     // The ROI takes the part of grid row i and column j used by the region.
     void setPart(const TileWalk &walk, int i, int j);
     RmgImage *image() { return &header_; }
-    const RmgROI &roi() const { return roi_; }
 
 private:
     RmgImage header_;
