@@ -90,6 +90,7 @@ public:
     // The ROI takes the part of grid row i and column j used by the region.
     void setPart(const TileWalk &walk, int i, int j);
     RmgImage *image() { return &header_; }
+    const RmgROI &roi() const { return roi_; }
 
 private:
     RmgImage header_;
