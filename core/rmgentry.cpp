@@ -42,6 +42,15 @@ void wrmgSubtractS(const RmgImage *srcImage, RmgImage *dstImage, int value, int 
     rmgSubtractS(srcImage, dstImage, value, reversed, tilePos);
 }
 
+void wrmgAnd(const RmgImage *srcImageA, const RmgImage *srcImageB, RmgImage *dstImage,
+             const int *tilePos) {
+    rmgAnd(srcImageA, srcImageB, dstImage, tilePos);
+}
+
+void wrmgAndS(const RmgImage *srcImage, RmgImage *dstImage, int value, const int *tilePos) {
+    rmgAndS(srcImage, dstImage, value, tilePos);
+}
+
 void wrmgSet(RmgImage *image, int fillValue, const int *tile) {
     rmgSet(image, fillValue, tile);
 }

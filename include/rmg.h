@@ -224,6 +224,10 @@ RMG_API void wrmgAddS(const RmgImage *srcImage, RmgImage *dstImage, int value,
                       const int *tilePos);
 RMG_API void wrmgSubtractS(const RmgImage *srcImage, RmgImage *dstImage, int value,
                            int reversed, const int *tilePos);
+RMG_API void wrmgAnd(const RmgImage *srcImageA, const RmgImage *srcImageB, RmgImage *dstImage,
+                     const int *tilePos);
+RMG_API void wrmgAndS(const RmgImage *srcImage, RmgImage *dstImage, int value,
+                      const int *tilePos);
 /* `tile` points at a tile column and row, or is null (see rmgSet). */
 RMG_API void wrmgSet(RmgImage *image, int fillValue, const int *tile);
 /* `tile` points at a tile column and row, or is null (see rmgCopy). */
@@ -325,6 +329,17 @@ RMG_API void rmgAddS(const RmgImage *srcImage, RmgImage *dstImage, int value,
  * not 0. */
 RMG_API void rmgSubtractS(const RmgImage *srcImage, RmgImage *dstImage, int value,
                           int reversed, const int *tilePos);
+/* The bitwise AND of every element of the source's region with `value`
+ * (its low 8 or 16 bits at those depths, its bit 0 at 1u) into the
+ * destination's region; no saturation, so signed and unsigned depths of one
+ * width give the same bytes. `tilePos` as in rmgAddS. */
+RMG_API void rmgAndS(const RmgImage *srcImage, RmgImage *dstImage, int value,
+                     const int *tilePos);
+/* The bitwise AND of two images, element by element, into a third. The
+ * plain or tiled way is chosen by srcImageA and dstImage. `tilePos` as in
+ * rmgAddS. */
+RMG_API void rmgAnd(const RmgImage *srcImageA, const RmgImage *srcImageB, RmgImage *dstImage,
+                    const int *tilePos);
 
 /* ------------------------------------------------------------------------ */
 /* Extended interface: status and error reporting                            */

@@ -1,0 +1,160 @@
+// Logical kernels: the portable forms, the choice of a form for the
+// processor, and the kernels of words, byte ranges, bit ranges, one
+// channel and bytes that the row kernels of rmgAndS and rmgAnd use.
+#include "ops/ownand.h"
+
+#include <cstddef>
+#include <cstdint>
+
+#include "core/rmgcpu.h"
+#include "ops/ownand_impl.h"
+
+namespace rmg {
+
+constexpr AndForms kAndScalar = {andPatternLoop, byteOpScalar, andChannelLoop};
+
+namespace {
+
+constexpr FormTable<const AndForms *> kAnd = formTable<const AndForms *>(
+    &kAndScalar, RMG_FORM_SSE2(&kAndSse2), RMG_FORM_AVX2(&kAndAvx2), nullptr);
+
+}  // namespace
+
+const AndForms &andForms() { return *kAnd.get(); }
+
+}  // namespace rmg
+
+namespace {
+
+ptrdiff_t times(int a, int b) { return static_cast<ptrdiff_t>(a) * b; }
+
+// The element mask of a channel kernel, its low `size` bytes repeated.
+void andChannel(const unsigned char *src, unsigned char *dst, int width, int height,
+                int srcChannels, int dstChannels, int srcStep, int dstStep, int srcIndex,
+                int dstIndex, int size, uint32_t mask) {
+    if (width <= 0 || height <= 0) return;
+    const unsigned char *s = src + times(srcIndex, size);
+    unsigned char *d = dst + times(dstIndex, size);
+    const rmg::AndForms &forms = rmg::andForms();
+    if (srcChannels == dstChannels) {
+        forms.channel(s, d, static_cast<size_t>(width), static_cast<size_t>(height), srcStep,
+                      dstStep, times(srcChannels, size), size, mask);
+        return;
+    }
+    // Different pixel sizes: each element on its own.
+    for (int r = 0; r < height; ++r)
+        for (int i = 0; i < width; ++i)
+            rmg::kAndScalar.channel(s + times(r, srcStep) + times(i, srcChannels * size),
+                                    d + times(r, dstStep) + times(i, dstChannels * size), 1, 1, 0,
+                                    0, size, size, mask);
+}
+
+}  // namespace
+
+void rmgAndWords64(const unsigned char *src, unsigned char *dst, int count, uint64_t mask) {
+    // A single word is left as it is, as the pairs of words that this path
+    // works in from the end leave it.
+    if (count <= 1) return;
+    rmg::andForms().pattern(src, dst, static_cast<size_t>(count) * 8, mask);
+}
+
+void rmgAndWords32(const unsigned char *src, unsigned char *dst, int count, uint32_t mask) {
+    // Working in pairs of words from the end, a count of one would take the
+    // word before the buffers into its pair as well: it would read the 4
+    // bytes in front of the source and store them, ANDed, in front of the
+    // destination. That word lies outside the image, so it is neither read
+    // nor written here; word 0 gets its result like every other word.
+    if (count <= 0) return;
+    const uint64_t pattern = (static_cast<uint64_t>(mask) << 32) | mask;
+    rmg::andForms().pattern(src, dst, static_cast<size_t>(count) * 4, pattern);
+}
+
+void rmgAndRows(const unsigned char *src, unsigned char *dst, int rowBytes, int rows,
+                int srcStep, int dstStep, uint64_t mask) {
+    if (rowBytes <= 0) return;
+    const rmg::AndPatternFn run = rmg::andForms().pattern;
+    for (int r = 0; r < rows; ++r) {
+        const unsigned char *s = src + times(r, srcStep);
+        unsigned char *d = dst + times(r, dstStep);
+        // The mask's bytes stand by the lanes of the destination's aligned
+        // 8-byte words.
+        const auto lane = static_cast<size_t>(reinterpret_cast<uintptr_t>(d) & 7);
+        run(s, d, static_cast<size_t>(rowBytes), rmg::rotatePattern(mask, lane));
+    }
+}
+
+void rmgAndBits(const unsigned char *src, unsigned char *dst, int srcPhase, int dstPhase,
+                int width, int rows, int srcStep, int dstStep, uint32_t mask) {
+    if (width <= 0 || rows <= 0 || srcPhase < 0 || dstPhase < 0) return;
+    src += srcPhase / 8;
+    dst += dstPhase / 8;
+    const int sp = srcPhase & 7;
+    const int dp = dstPhase & 7;
+    // Destination bytes 0 .. lastByte hold the range; bits sp + i of the
+    // source meet bits dp + i of the destination, so destination byte j
+    // takes its bits from source bits 8j - dp + sp .. 8j - dp + sp + 7.
+    const int lastBit = dp + width - 1;
+    const int lastByte = lastBit / 8;
+    const int srcLastByte = (sp + width - 1) / 8;
+    const int shift = sp - dp;  // source bit of destination bit b: b + shift
+    const auto maskHigh = static_cast<unsigned>((mask >> 8) & 0xFF);
+    const auto maskLow = static_cast<unsigned>(mask & 0xFF);
+    for (int r = 0; r < rows; ++r) {
+        const unsigned char *s = src + times(r, srcStep);
+        unsigned char *d = dst + times(r, dstStep);
+        // A source byte of the range, or 0 outside it (those bits are not
+        // used): the source is read only where the range lies.
+        auto srcByte = [&](int index) -> unsigned {
+            return index >= 0 && index <= srcLastByte ? s[index] : 0u;
+        };
+        for (int j = 0; j <= lastByte; ++j) {
+            // 16 source bits whose high byte holds destination bit 8j.
+            const int bit = 8 * j + shift;  // may be negative for j = 0
+            const int index = bit >= 0 ? bit / 8 : -1;
+            const int offset = bit - 8 * index;  // 0 .. 7, or 8 + bit
+            const unsigned pair = (srcByte(index) << 8) | srcByte(index + 1);
+            unsigned bits = (pair << offset >> 8) & 0xFF;
+            bits &= (j & 1) ? maskLow : maskHigh;
+            unsigned keep = 0;
+            if (j == 0) keep |= 0xFFu << (8 - dp) & 0xFF;
+            if (j == lastByte) keep |= 0xFFu >> ((lastBit & 7) + 1);
+            d[j] = static_cast<unsigned char>((d[j] & keep) | (bits & ~keep & 0xFF));
+        }
+    }
+}
+
+void rmgAndCoi8(const unsigned char *src, unsigned char *dst, int width, int height,
+                int srcChannels, int dstChannels, int srcStep, int dstStep, int srcIndex,
+                int dstIndex, uint8_t mask) {
+    andChannel(src, dst, width, height, srcChannels, dstChannels, srcStep, dstStep, srcIndex,
+               dstIndex, 1, mask);
+}
+
+void rmgAndCoi16(const unsigned char *src, unsigned char *dst, int width, int height,
+                 int srcChannels, int dstChannels, int srcStep, int dstStep, int srcIndex,
+                 int dstIndex, uint16_t mask) {
+    andChannel(src, dst, width, height, srcChannels, dstChannels, srcStep, dstStep, srcIndex,
+               dstIndex, 2, mask);
+}
+
+void rmgAndCoi32(const unsigned char *src, unsigned char *dst, int width, int height,
+                 int srcChannels, int dstChannels, int srcStep, int dstStep, int srcIndex,
+                 int dstIndex, uint32_t mask) {
+    andChannel(src, dst, width, height, srcChannels, dstChannels, srcStep, dstStep, srcIndex,
+               dstIndex, 4, mask);
+}
+
+void rmgAndBytes(const unsigned char *srcA, const unsigned char *srcB, unsigned char *dst,
+                 int count) {
+    if (count > 0) rmg::andForms().bytes(rmg::kByteAnd, srcA, srcB, dst, static_cast<size_t>(count));
+}
+
+void rmgOrBytes(const unsigned char *srcA, const unsigned char *srcB, unsigned char *dst,
+                int count) {
+    if (count > 0) rmg::andForms().bytes(rmg::kByteOr, srcA, srcB, dst, static_cast<size_t>(count));
+}
+
+void rmgXorBytes(const unsigned char *srcA, const unsigned char *srcB, unsigned char *dst,
+                 int count) {
+    if (count > 0) rmg::andForms().bytes(rmg::kByteXor, srcA, srcB, dst, static_cast<size_t>(count));
+}

@@ -1,0 +1,320 @@
+// The code of the logical kernels shared by their forms. Included by
+// ops/ownand.cpp and by the files compiled for one instruction set;
+// everything here lives in an anonymous namespace so that each of those
+// files keeps its own copy, compiled with its own options (see
+// core/rmgcpu.h).
+//
+// The vector templates take a traits type V of the including file:
+//   Vec, kBytes                   the vector type and its size in bytes
+//   splat64(word)                 the 64-bit word in every 8-byte lane
+//   loadu(p), store(p, v)         unaligned load, aligned store
+//   stream(p, v), fence()         aligned store past the caches, and the
+//                                 fence that orders such stores
+//   and_(a, b), or_(a, b), xor_(a, b), andNot(a, b) (~a & b)
+#ifndef RMG_OPS_OWNAND_IMPL_H
+#define RMG_OPS_OWNAND_IMPL_H
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+#include "ops/ownand.h"
+
+namespace rmg {
+namespace {
+
+// Byte j (0..7) of a 64-bit word, the low byte first.
+inline unsigned char byteOf(uint64_t word, size_t j) {
+    return static_cast<unsigned char>(word >> (8 * (j & 7)));
+}
+
+// The pattern seen from `shift` bytes further on: its bytes rotated so that
+// byte (shift mod 8) comes first.
+inline uint64_t rotatePattern(uint64_t pattern, size_t shift) {
+    const unsigned bits = static_cast<unsigned>(shift & 7) * 8u;
+    return bits == 0 ? pattern : (pattern >> bits) | (pattern << (64u - bits));
+}
+
+// The pattern as an 8-byte word in memory order, whatever the byte order of
+// the processor.
+inline uint64_t memoryWord(uint64_t pattern) {
+    unsigned char bytes[8];
+    for (size_t j = 0; j < 8; ++j) bytes[j] = byteOf(pattern, j);
+    uint64_t word;
+    std::memcpy(&word, bytes, 8);
+    return word;
+}
+
+inline uint64_t load64(const unsigned char *p) {
+    uint64_t w;
+    std::memcpy(&w, p, 8);
+    return w;
+}
+inline void store64(unsigned char *p, uint64_t w) { std::memcpy(p, &w, 8); }
+
+// The plain pattern loop: 8 bytes at a time, then single bytes.
+inline void andPatternLoop(const unsigned char *src, unsigned char *dst, size_t n,
+                           uint64_t pattern) {
+    const uint64_t word = memoryWord(pattern);
+    size_t k = 0;
+    for (; k + 8 <= n; k += 8) store64(dst + k, load64(src + k) & word);
+    for (; k < n; ++k) dst[k] = static_cast<unsigned char>(src[k] & byteOf(pattern, k));
+}
+
+template <int Op>
+inline uint64_t byteOp64(uint64_t a, uint64_t b) {
+    return Op == kByteAnd ? (a & b) : Op == kByteOr ? (a | b) : (a ^ b);
+}
+
+// The plain byte loop: 8 bytes at a time, then single bytes. Each step
+// reads its bytes of both sources before it writes the destination's.
+template <int Op>
+inline void byteOpLoop(const unsigned char *a, const unsigned char *b, unsigned char *d,
+                       size_t n) {
+    size_t k = 0;
+    for (; k + 8 <= n; k += 8) store64(d + k, byteOp64<Op>(load64(a + k), load64(b + k)));
+    for (; k < n; ++k) d[k] = static_cast<unsigned char>(byteOp64<Op>(a[k], b[k]));
+}
+
+inline void byteOpScalar(int op, const unsigned char *a, const unsigned char *b,
+                         unsigned char *d, size_t n) {
+    if (op == kByteAnd)
+        byteOpLoop<kByteAnd>(a, b, d, n);
+    else if (op == kByteOr)
+        byteOpLoop<kByteOr>(a, b, d, n);
+    else
+        byteOpLoop<kByteXor>(a, b, d, n);
+}
+
+// One channel, element by element; `first` and `last` limit the bytes of
+// the destination row (offsets from the first element) that are written,
+// so that a vector form can leave the middle to its vectors.
+inline void andChannelBytes(const unsigned char *src, unsigned char *dst, size_t first,
+                            size_t last, ptrdiff_t stride, int size, uint32_t mask) {
+    const auto period = static_cast<size_t>(stride);
+    for (size_t t = first; t < last; ++t) {
+        const size_t lane = t % period;
+        if (lane < static_cast<size_t>(size))
+            dst[t] = static_cast<unsigned char>(src[t] & byteOf(mask, lane));
+    }
+}
+
+inline void andChannelLoop(const unsigned char *src, unsigned char *dst, size_t count,
+                           size_t rows, ptrdiff_t srcStep, ptrdiff_t dstStep, ptrdiff_t stride,
+                           int size, uint32_t mask) {
+    for (size_t r = 0; r < rows; ++r) {
+        const unsigned char *s = src + static_cast<ptrdiff_t>(r) * srcStep;
+        unsigned char *d = dst + static_cast<ptrdiff_t>(r) * dstStep;
+        for (size_t i = 0; i < count; ++i) {
+            const ptrdiff_t at = static_cast<ptrdiff_t>(i) * stride;
+            for (int j = 0; j < size; ++j)
+                d[at + j] = static_cast<unsigned char>(s[at + j] & byteOf(mask, static_cast<size_t>(j)));
+        }
+    }
+}
+
+#if RMG_CPU_X86
+
+// From here on the code is for x86 only (little-endian words).
+
+// From this many bytes on the destination is written with stores that
+// bypass the caches: the run is far larger than the last-level cache, so
+// the lines would be evicted unread, and a normal store first reads each
+// line it writes.
+constexpr size_t kStreamBytes = size_t{16} << 20;
+
+inline size_t misalignment(const void *p, size_t alignment) {
+    return static_cast<size_t>(reinterpret_cast<uintptr_t>(p) & (alignment - 1));
+}
+
+// The pattern kernel with vectors: the bytes up to the destination's first
+// aligned vector with the plain loop, then aligned stores of four and of
+// single vectors, then the rest with the plain loop. The source may have
+// any alignment. Each step reads its source bytes before it writes, so the
+// source may be the destination.
+template <class V, bool Stream>
+void andPatternBody(const unsigned char *src, unsigned char *dst, size_t n, uint64_t pattern) {
+    constexpr size_t kB = V::kBytes;
+    size_t k = (kB - misalignment(dst, kB)) & (kB - 1);
+    andPatternLoop(src, dst, k, pattern);
+    const typename V::Vec p = V::splat64(rotatePattern(pattern, k));
+    for (; k + 4 * kB <= n; k += 4 * kB) {
+        const typename V::Vec a0 = V::and_(V::loadu(src + k), p);
+        const typename V::Vec a1 = V::and_(V::loadu(src + k + kB), p);
+        const typename V::Vec a2 = V::and_(V::loadu(src + k + 2 * kB), p);
+        const typename V::Vec a3 = V::and_(V::loadu(src + k + 3 * kB), p);
+        if (Stream) {
+            V::stream(dst + k, a0);
+            V::stream(dst + k + kB, a1);
+            V::stream(dst + k + 2 * kB, a2);
+            V::stream(dst + k + 3 * kB, a3);
+        } else {
+            V::store(dst + k, a0);
+            V::store(dst + k + kB, a1);
+            V::store(dst + k + 2 * kB, a2);
+            V::store(dst + k + 3 * kB, a3);
+        }
+    }
+    for (; k + kB <= n; k += kB) V::store(dst + k, V::and_(V::loadu(src + k), p));
+    if (Stream) V::fence();
+    andPatternLoop(src + k, dst + k, n - k, rotatePattern(pattern, k));
+}
+
+template <class V>
+void andPatternVector(const unsigned char *src, unsigned char *dst, size_t n, uint64_t pattern) {
+    if (n < 2 * V::kBytes)
+        andPatternLoop(src, dst, n, pattern);
+    else if (n >= kStreamBytes)
+        andPatternBody<V, true>(src, dst, n, pattern);
+    else
+        andPatternBody<V, false>(src, dst, n, pattern);
+}
+
+template <class V, int Op>
+inline typename V::Vec vecOp(typename V::Vec a, typename V::Vec b) {
+    return Op == kByteAnd ? V::and_(a, b) : Op == kByteOr ? V::or_(a, b) : V::xor_(a, b);
+}
+
+// The byte kernels with vectors, in the scheme of the pattern kernel.
+template <class V, int Op, bool Stream>
+void byteOpBody(const unsigned char *a, const unsigned char *b, unsigned char *d, size_t n) {
+    constexpr size_t kB = V::kBytes;
+    size_t k = (kB - misalignment(d, kB)) & (kB - 1);
+    byteOpLoop<Op>(a, b, d, k);
+    for (; k + 4 * kB <= n; k += 4 * kB) {
+        const typename V::Vec r0 = vecOp<V, Op>(V::loadu(a + k), V::loadu(b + k));
+        const typename V::Vec r1 = vecOp<V, Op>(V::loadu(a + k + kB), V::loadu(b + k + kB));
+        const typename V::Vec r2 =
+            vecOp<V, Op>(V::loadu(a + k + 2 * kB), V::loadu(b + k + 2 * kB));
+        const typename V::Vec r3 =
+            vecOp<V, Op>(V::loadu(a + k + 3 * kB), V::loadu(b + k + 3 * kB));
+        if (Stream) {
+            V::stream(d + k, r0);
+            V::stream(d + k + kB, r1);
+            V::stream(d + k + 2 * kB, r2);
+            V::stream(d + k + 3 * kB, r3);
+        } else {
+            V::store(d + k, r0);
+            V::store(d + k + kB, r1);
+            V::store(d + k + 2 * kB, r2);
+            V::store(d + k + 3 * kB, r3);
+        }
+    }
+    for (; k + kB <= n; k += kB) V::store(d + k, vecOp<V, Op>(V::loadu(a + k), V::loadu(b + k)));
+    if (Stream) V::fence();
+    byteOpLoop<Op>(a + k, b + k, d + k, n - k);
+}
+
+template <class V, int Op>
+void byteOpRun(const unsigned char *a, const unsigned char *b, unsigned char *d, size_t n) {
+    if (n < 2 * V::kBytes)
+        byteOpLoop<Op>(a, b, d, n);
+    else if (n >= kStreamBytes)
+        byteOpBody<V, Op, true>(a, b, d, n);
+    else
+        byteOpBody<V, Op, false>(a, b, d, n);
+}
+
+template <class V>
+void byteOpVector(int op, const unsigned char *a, const unsigned char *b, unsigned char *d,
+                  size_t n) {
+    if (op == kByteAnd)
+        byteOpRun<V, kByteAnd>(a, b, d, n);
+    else if (op == kByteOr)
+        byteOpRun<V, kByteOr>(a, b, d, n);
+    else
+        byteOpRun<V, kByteXor>(a, b, d, n);
+}
+
+// One channel with vectors. Elements that are whole rows of bytes (stride
+// equal to size) are a pattern run. Otherwise, when three vectors hold a
+// whole number of pixels (strides of 2, 3, 4, 6, 8, 12, 16, 24 bytes, as
+// 2 to 4 channels of 1, 2 or 4 bytes give), each aligned vector inside the
+// row's span is read, the channel's bytes replaced by source AND mask, and
+// the vector written back: the other bytes get their own values again. The
+// bytes before the first and after the last aligned vector go through the
+// plain loop. Other strides take the plain loop. Bytes are independent, so
+// an element may be split between the loop and a vector.
+template <class V>
+void andChannelVector(const unsigned char *src, unsigned char *dst, size_t count, size_t rows,
+                      ptrdiff_t srcStep, ptrdiff_t dstStep, ptrdiff_t stride, int size,
+                      uint32_t mask) {
+    constexpr size_t kB = V::kBytes;
+    constexpr size_t kPass = 3 * kB;
+    if (count == 0) return;
+    if (stride == size) {
+        uint64_t pattern = mask;
+        if (size == 1) pattern = (mask & 0xFFu) * 0x0101010101010101ull;
+        if (size == 2) pattern = (mask & 0xFFFFu) * 0x0001000100010001ull;
+        if (size == 4) pattern = (mask & 0xFFFFFFFFull) * 0x0000000100000001ull;
+        for (size_t r = 0; r < rows; ++r)
+            andPatternVector<V>(src + static_cast<ptrdiff_t>(r) * srcStep,
+                                dst + static_cast<ptrdiff_t>(r) * dstStep,
+                                count * static_cast<size_t>(size), pattern);
+        return;
+    }
+    const auto period = static_cast<size_t>(stride);
+    if (stride < size || kPass % period != 0) {
+        andChannelLoop(src, dst, count, rows, srcStep, dstStep, stride, size, mask);
+        return;
+    }
+    // The channel's bytes and their mask from phase 0 of a pixel, long
+    // enough for three vectors read from any phase below the stride.
+    alignas(64) unsigned char inChannel[kPass + 32];
+    alignas(64) unsigned char masked[kPass + 32];
+    for (size_t t = 0; t < sizeof inChannel; ++t) {
+        const size_t lane = t % period;
+        inChannel[t] = lane < static_cast<size_t>(size) ? 0xFF : 0;
+        masked[t] = lane < static_cast<size_t>(size) ? byteOf(mask, lane) : 0;
+    }
+    const size_t span = (count - 1) * period + static_cast<size_t>(size);
+    for (size_t r = 0; r < rows; ++r) {
+        const unsigned char *s = src + static_cast<ptrdiff_t>(r) * srcStep;
+        unsigned char *d = dst + static_cast<ptrdiff_t>(r) * dstStep;
+        const size_t first = (kB - misalignment(d, kB)) & (kB - 1);
+        if (span < first + kPass) {
+            andChannelBytes(s, d, 0, span, stride, size, mask);
+            continue;
+        }
+        const size_t stop = first + (span - first) / kB * kB;
+        andChannelBytes(s, d, 0, first, stride, size, mask);
+        const size_t phase = first % period;
+        const typename V::Vec m0 = V::loadu(inChannel + phase);
+        const typename V::Vec m1 = V::loadu(inChannel + phase + kB);
+        const typename V::Vec m2 = V::loadu(inChannel + phase + 2 * kB);
+        const typename V::Vec v0 = V::loadu(masked + phase);
+        const typename V::Vec v1 = V::loadu(masked + phase + kB);
+        const typename V::Vec v2 = V::loadu(masked + phase + 2 * kB);
+        size_t k = first;
+        auto step = [&](size_t at, typename V::Vec m, typename V::Vec v) {
+            V::store(d + at, V::or_(V::andNot(m, V::loadu(d + at)), V::and_(V::loadu(s + at), v)));
+        };
+        for (; k + kPass <= stop; k += kPass) {
+            step(k, m0, v0);
+            step(k + kB, m1, v1);
+            step(k + 2 * kB, m2, v2);
+        }
+        // Fewer than three vectors remain; they continue the period from m0.
+        if (k + kB <= stop) {
+            step(k, m0, v0);
+            k += kB;
+        }
+        if (k + kB <= stop) {
+            step(k, m1, v1);
+            k += kB;
+        }
+        andChannelBytes(s, d, k, span, stride, size, mask);
+    }
+}
+
+template <class V>
+constexpr AndForms vectorAndForms() {
+    return AndForms{andPatternVector<V>, byteOpVector<V>, andChannelVector<V>};
+}
+
+#endif  // RMG_CPU_X86
+
+}  // namespace
+}  // namespace rmg
+
+#endif
