@@ -55,8 +55,8 @@ void ownElemsPlanes(int family, const unsigned char *src, unsigned char *dst, in
 
 void ownElemsStrided(int family, const unsigned char *src, unsigned char *dst, int count,
                      int srcStride, int dstStride, int64_t value) {
-    for (int i = 0; i < count; ++i)
-        rmg::elemOne(family, src + times(i, srcStride), dst + times(i, dstStride), value);
+    if (count <= 0) return;
+    rmg::elemLoop(family, src, dst, static_cast<size_t>(count), value, srcStride, dstStride);
 }
 
 void ownAddSubImages(const RmgImage *srcImage, const RmgImage *dstImage, int family,

@@ -169,50 +169,49 @@ constexpr size_t familySize(int family) {
     }
 }
 
-// The plain loop of a family; the scalar form, and the heads and tails of
-// the vector forms.
+// The families with arithmetic (all but the zero store), for the switches
+// that turn a family number into a loop compiled for it.
+#define RMG_ARITH_FAMILIES(X)                                                              \
+    X(kAdd8u) X(kSub8u) X(kRevSub8u) X(kAdd16u) X(kSub16u) X(kRevSub16u) X(kAdd8s)       \
+    X(kSub8s) X(kRevSub8s) X(kAdd16s) X(kSub16s) X(kRevSub16s) X(kAdd32s) X(kSub32s)      \
+    X(kRevSub32s) X(kOr1u) X(kAndNot1u) X(kNotAnd1u) X(kAdd8uFull) X(kSub8uFull)          \
+    X(kRevSub8uFull)
+
+// The plain loop of a family over elements srcStride and dstStride bytes
+// apart: the scalar form (strides of one element), the heads and tails of
+// the vector forms, and the one-channel loop of pixel-order images.
 template <int Family>
-inline void elemLoopOf(const unsigned char *src, unsigned char *dst, size_t n, int64_t v) {
-    const size_t size = familySize(Family);
-    for (size_t i = 0; i < n; ++i) elemOne(Family, src + i * size, dst + i * size, v);
+inline void elemLoopOf(const unsigned char *src, unsigned char *dst, size_t n, int64_t v,
+                       ptrdiff_t srcStride = static_cast<ptrdiff_t>(familySize(Family)),
+                       ptrdiff_t dstStride = static_cast<ptrdiff_t>(familySize(Family))) {
+    for (size_t i = 0; i < n; ++i)
+        elemOne(Family, src + static_cast<ptrdiff_t>(i) * srcStride,
+                dst + static_cast<ptrdiff_t>(i) * dstStride, v);
 }
 
 inline void elemLoop(int family, const unsigned char *src, unsigned char *dst, size_t n,
-                     int64_t v) {
+                     int64_t v, ptrdiff_t srcStride, ptrdiff_t dstStride) {
     switch (family) {
-#define RMG_ELEM_CASE(f) \
-    case f:              \
-        elemLoopOf<f>(src, dst, n, v); \
+#define RMG_LOOP_CASE(f)                                        \
+    case f:                                                     \
+        elemLoopOf<f>(src, dst, n, v, srcStride, dstStride);    \
         break;
-        RMG_ELEM_CASE(kAdd8u)
-        RMG_ELEM_CASE(kSub8u)
-        RMG_ELEM_CASE(kRevSub8u)
-        RMG_ELEM_CASE(kAdd16u)
-        RMG_ELEM_CASE(kSub16u)
-        RMG_ELEM_CASE(kRevSub16u)
-        RMG_ELEM_CASE(kAdd8s)
-        RMG_ELEM_CASE(kSub8s)
-        RMG_ELEM_CASE(kRevSub8s)
-        RMG_ELEM_CASE(kAdd16s)
-        RMG_ELEM_CASE(kSub16s)
-        RMG_ELEM_CASE(kRevSub16s)
-        RMG_ELEM_CASE(kAdd32s)
-        RMG_ELEM_CASE(kSub32s)
-        RMG_ELEM_CASE(kRevSub32s)
-        RMG_ELEM_CASE(kOr1u)
-        RMG_ELEM_CASE(kAndNot1u)
-        RMG_ELEM_CASE(kNotAnd1u)
-        RMG_ELEM_CASE(kAdd8uFull)
-        RMG_ELEM_CASE(kSub8uFull)
-        RMG_ELEM_CASE(kRevSub8uFull)
-#undef RMG_ELEM_CASE
+        RMG_ARITH_FAMILIES(RMG_LOOP_CASE)
+#undef RMG_LOOP_CASE
     case kZero16u:
         // Stores only: the source is not read.
-        std::memset(dst, 0, n * 2);
+        for (size_t i = 0; i < n; ++i)
+            storeElem<uint16_t>(dst + static_cast<ptrdiff_t>(i) * dstStride, 0);
         break;
     default:
         break;
     }
+}
+
+inline void elemLoop(int family, const unsigned char *src, unsigned char *dst, size_t n,
+                     int64_t v) {
+    const auto size = static_cast<ptrdiff_t>(familySize(family));
+    elemLoop(family, src, dst, n, v, size, size);
 }
 
 #if RMG_CPU_X86
@@ -500,32 +499,14 @@ template <class V>
 void elemRunVector(int family, const unsigned char *src, unsigned char *dst, size_t n,
                    int64_t v) {
     switch (family) {
-#define RMG_FAMILY_CASE(f) \
-    case f:                \
+#define RMG_FAMILY_CASE(f)               \
+    case f:                              \
         runFamily<V, f>(src, dst, n, v); \
         return;
-        RMG_FAMILY_CASE(kAdd8u)
-        RMG_FAMILY_CASE(kSub8u)
-        RMG_FAMILY_CASE(kRevSub8u)
-        RMG_FAMILY_CASE(kAdd16u)
-        RMG_FAMILY_CASE(kSub16u)
-        RMG_FAMILY_CASE(kRevSub16u)
-        RMG_FAMILY_CASE(kAdd8s)
-        RMG_FAMILY_CASE(kSub8s)
-        RMG_FAMILY_CASE(kRevSub8s)
-        RMG_FAMILY_CASE(kAdd16s)
-        RMG_FAMILY_CASE(kSub16s)
-        RMG_FAMILY_CASE(kRevSub16s)
-        RMG_FAMILY_CASE(kAdd32s)
-        RMG_FAMILY_CASE(kSub32s)
-        RMG_FAMILY_CASE(kRevSub32s)
-        RMG_FAMILY_CASE(kOr1u)
-        RMG_FAMILY_CASE(kAndNot1u)
-        RMG_FAMILY_CASE(kNotAnd1u)
+        RMG_ARITH_FAMILIES(RMG_FAMILY_CASE)
 #undef RMG_FAMILY_CASE
     default:
-        // The zero store (no arithmetic, the source not read) and the
-        // families of the one-channel loop.
+        // The zero store: no arithmetic, the source not read.
         elemLoop(family, src, dst, n, v);
         return;
     }
