@@ -51,6 +51,23 @@ void andChannel(const unsigned char *src, unsigned char *dst, int width, int hei
 
 }  // namespace
 
+int rmgAndKernelIndex(unsigned int depth) {
+    switch (depth) {
+        case RMG_DEPTH_1U:
+            return 0;
+        case RMG_DEPTH_8U:
+        case RMG_DEPTH_8S:
+            return 1;
+        case RMG_DEPTH_16U:
+        case RMG_DEPTH_16S:
+            return 2;
+        case RMG_DEPTH_32S:
+            return 3;
+        default:
+            return -1;
+    }
+}
+
 void rmgAndWords64(const unsigned char *src, unsigned char *dst, int count, uint64_t mask) {
     // A single word is left as it is, as the pairs of words that this path
     // works in from the end leave it.
@@ -69,8 +86,8 @@ void rmgAndWords32(const unsigned char *src, unsigned char *dst, int count, uint
     rmg::andForms().pattern(src, dst, static_cast<size_t>(count) * 4, pattern);
 }
 
-void rmgAndRows(const unsigned char *src, unsigned char *dst, int rowBytes, int rows,
-                int srcStep, int dstStep, uint64_t mask) {
+void rmgAndRows(const unsigned char *src, unsigned char *dst, int rowBytes, int rows, int srcStep,
+                int dstStep, uint64_t mask) {
     if (rowBytes <= 0) return;
     const rmg::AndPatternFn run = rmg::andForms().pattern;
     for (int r = 0; r < rows; ++r) {
@@ -83,8 +100,8 @@ void rmgAndRows(const unsigned char *src, unsigned char *dst, int rowBytes, int 
     }
 }
 
-void rmgAndBits(const unsigned char *src, unsigned char *dst, int srcPhase, int dstPhase,
-                int width, int rows, int srcStep, int dstStep, uint32_t mask) {
+void rmgAndBits(const unsigned char *src, unsigned char *dst, int srcPhase, int dstPhase, int width,
+                int rows, int srcStep, int dstStep, uint32_t mask) {
     if (width <= 0 || rows <= 0 || srcPhase < 0 || dstPhase < 0) return;
     src += srcPhase / 8;
     dst += dstPhase / 8;
@@ -146,7 +163,8 @@ void rmgAndCoi32(const unsigned char *src, unsigned char *dst, int width, int he
 
 void rmgAndBytes(const unsigned char *srcA, const unsigned char *srcB, unsigned char *dst,
                  int count) {
-    if (count > 0) rmg::andForms().bytes(rmg::kByteAnd, srcA, srcB, dst, static_cast<size_t>(count));
+    if (count > 0)
+        rmg::andForms().bytes(rmg::kByteAnd, srcA, srcB, dst, static_cast<size_t>(count));
 }
 
 void rmgOrBytes(const unsigned char *srcA, const unsigned char *srcB, unsigned char *dst,
@@ -156,5 +174,6 @@ void rmgOrBytes(const unsigned char *srcA, const unsigned char *srcB, unsigned c
 
 void rmgXorBytes(const unsigned char *srcA, const unsigned char *srcB, unsigned char *dst,
                  int count) {
-    if (count > 0) rmg::andForms().bytes(rmg::kByteXor, srcA, srcB, dst, static_cast<size_t>(count));
+    if (count > 0)
+        rmg::andForms().bytes(rmg::kByteXor, srcA, srcB, dst, static_cast<size_t>(count));
 }

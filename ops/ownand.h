@@ -34,6 +34,11 @@
 // come out 0 or negative). `channels` may be null.
 void rmgRoiSize(const RmgImage *image, int *channels, int *coi, int *height, int *width);
 
+// Which of the four row kernels of a logical operation serves a depth: 0
+// for 1u, 1 for 8 bits, 2 for 16 bits, 3 for 32 bits, signed and unsigned
+// alike; -1 for any other depth.
+int rmgAndKernelIndex(unsigned int depth);
+
 // The constant of rmgAndS replicated by depth into a 32-bit mask: 1u all
 // ones or zero by bit 0, 8 bits the low byte four times, 16 bits the low
 // half twice, 32 bits the value itself.
@@ -50,16 +55,16 @@ void rmgAndWords64(const unsigned char *src, unsigned char *dst, int count, uint
 void rmgAndWords32(const unsigned char *src, unsigned char *dst, int count, uint32_t mask);
 
 // A byte range of `rowBytes` bytes in each of `rows` rows.
-void rmgAndRows(const unsigned char *src, unsigned char *dst, int rowBytes, int rows,
-                int srcStep, int dstStep, uint64_t mask);
+void rmgAndRows(const unsigned char *src, unsigned char *dst, int rowBytes, int rows, int srcStep,
+                int dstStep, uint64_t mask);
 
 // A bit range of `width` bits in each of `rows` rows. The phases may be any
 // column: the starts move to its byte, the remainder is the bit phase. The
 // mask's low 16 bits act on big-endian 16-bit chunks counted from the
 // destination's first byte (bits of the destination byte j: the high byte
 // of the mask for even j, the low byte for odd j).
-void rmgAndBits(const unsigned char *src, unsigned char *dst, int srcPhase, int dstPhase,
-                int width, int rows, int srcStep, int dstStep, uint32_t mask);
+void rmgAndBits(const unsigned char *src, unsigned char *dst, int srcPhase, int dstPhase, int width,
+                int rows, int srcStep, int dstStep, uint32_t mask);
 
 // One channel of pixel-order images: in each row, destination element
 // (i * dstChannels + dstIndex) = source element (i * srcChannels +
@@ -113,15 +118,15 @@ enum ByteOp : int { kByteAnd, kByteOr, kByteXor };
 using AndPatternFn = void (*)(const unsigned char *src, unsigned char *dst, size_t n,
                               uint64_t pattern);
 // n bytes: d[k] = a[k] op b[k].
-using ByteOpFn = void (*)(int op, const unsigned char *a, const unsigned char *b,
-                          unsigned char *d, size_t n);
+using ByteOpFn = void (*)(int op, const unsigned char *a, const unsigned char *b, unsigned char *d,
+                          size_t n);
 // `rows` rows of `count` elements of `size` bytes (1, 2 or 4), element i
 // at byte i * stride of both rows: dst element = src element AND `mask` (its
 // low `size` bytes). Bytes between the elements keep their values. The
 // stride is at least `size`.
 using AndChannelFn = void (*)(const unsigned char *src, unsigned char *dst, size_t count,
-                              size_t rows, ptrdiff_t srcStep, ptrdiff_t dstStep,
-                              ptrdiff_t stride, int size, uint32_t mask);
+                              size_t rows, ptrdiff_t srcStep, ptrdiff_t dstStep, ptrdiff_t stride,
+                              int size, uint32_t mask);
 
 struct AndForms {
     AndPatternFn pattern;

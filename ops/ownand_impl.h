@@ -69,15 +69,14 @@ inline uint64_t byteOp64(uint64_t a, uint64_t b) {
 // The plain byte loop: 8 bytes at a time, then single bytes. Each step
 // reads its bytes of both sources before it writes the destination's.
 template <int Op>
-inline void byteOpLoop(const unsigned char *a, const unsigned char *b, unsigned char *d,
-                       size_t n) {
+inline void byteOpLoop(const unsigned char *a, const unsigned char *b, unsigned char *d, size_t n) {
     size_t k = 0;
     for (; k + 8 <= n; k += 8) store64(d + k, byteOp64<Op>(load64(a + k), load64(b + k)));
     for (; k < n; ++k) d[k] = static_cast<unsigned char>(byteOp64<Op>(a[k], b[k]));
 }
 
-inline void byteOpScalar(int op, const unsigned char *a, const unsigned char *b,
-                         unsigned char *d, size_t n) {
+inline void byteOpScalar(int op, const unsigned char *a, const unsigned char *b, unsigned char *d,
+                         size_t n) {
     if (op == kByteAnd)
         byteOpLoop<kByteAnd>(a, b, d, n);
     else if (op == kByteOr)
@@ -89,8 +88,8 @@ inline void byteOpScalar(int op, const unsigned char *a, const unsigned char *b,
 // One channel, element by element; `first` and `last` limit the bytes of
 // the destination row (offsets from the first element) that are written,
 // so that a vector form can leave the middle to its vectors.
-inline void andChannelBytes(const unsigned char *src, unsigned char *dst, size_t first,
-                            size_t last, ptrdiff_t stride, int size, uint32_t mask) {
+inline void andChannelBytes(const unsigned char *src, unsigned char *dst, size_t first, size_t last,
+                            ptrdiff_t stride, int size, uint32_t mask) {
     const auto period = static_cast<size_t>(stride);
     for (size_t t = first; t < last; ++t) {
         const size_t lane = t % period;
@@ -99,16 +98,17 @@ inline void andChannelBytes(const unsigned char *src, unsigned char *dst, size_t
     }
 }
 
-inline void andChannelLoop(const unsigned char *src, unsigned char *dst, size_t count,
-                           size_t rows, ptrdiff_t srcStep, ptrdiff_t dstStep, ptrdiff_t stride,
-                           int size, uint32_t mask) {
+inline void andChannelLoop(const unsigned char *src, unsigned char *dst, size_t count, size_t rows,
+                           ptrdiff_t srcStep, ptrdiff_t dstStep, ptrdiff_t stride, int size,
+                           uint32_t mask) {
     for (size_t r = 0; r < rows; ++r) {
         const unsigned char *s = src + static_cast<ptrdiff_t>(r) * srcStep;
         unsigned char *d = dst + static_cast<ptrdiff_t>(r) * dstStep;
         for (size_t i = 0; i < count; ++i) {
             const ptrdiff_t at = static_cast<ptrdiff_t>(i) * stride;
             for (int j = 0; j < size; ++j)
-                d[at + j] = static_cast<unsigned char>(s[at + j] & byteOf(mask, static_cast<size_t>(j)));
+                d[at + j] =
+                    static_cast<unsigned char>(s[at + j] & byteOf(mask, static_cast<size_t>(j)));
         }
     }
 }
@@ -127,47 +127,62 @@ inline size_t misalignment(const void *p, size_t alignment) {
     return static_cast<size_t>(reinterpret_cast<uintptr_t>(p) & (alignment - 1));
 }
 
-// The pattern kernel with vectors: the bytes up to the destination's first
-// aligned vector with the plain loop, then aligned stores of four and of
-// single vectors, then the rest with the plain loop. The source may have
-// any alignment. Each step reads its source bytes before it writes, so the
-// source may be the destination.
-template <class V, bool Stream>
-void andPatternBody(const unsigned char *src, unsigned char *dst, size_t n, uint64_t pattern) {
-    constexpr size_t kB = V::kBytes;
-    size_t k = (kB - misalignment(dst, kB)) & (kB - 1);
-    andPatternLoop(src, dst, k, pattern);
-    const typename V::Vec p = V::splat64(rotatePattern(pattern, k));
-    for (; k + 4 * kB <= n; k += 4 * kB) {
-        const typename V::Vec a0 = V::and_(V::loadu(src + k), p);
-        const typename V::Vec a1 = V::and_(V::loadu(src + k + kB), p);
-        const typename V::Vec a2 = V::and_(V::loadu(src + k + 2 * kB), p);
-        const typename V::Vec a3 = V::and_(V::loadu(src + k + 3 * kB), p);
-        if (Stream) {
-            V::stream(dst + k, a0);
-            V::stream(dst + k + kB, a1);
-            V::stream(dst + k + 2 * kB, a2);
-            V::stream(dst + k + 3 * kB, a3);
-        } else {
-            V::store(dst + k, a0);
-            V::store(dst + k + kB, a1);
-            V::store(dst + k + 2 * kB, a2);
-            V::store(dst + k + 3 * kB, a3);
-        }
-    }
-    for (; k + kB <= n; k += kB) V::store(dst + k, V::and_(V::loadu(src + k), p));
-    if (Stream) V::fence();
-    andPatternLoop(src + k, dst + k, n - k, rotatePattern(pattern, k));
+// Bytes from p up to the next multiple of the vector size.
+template <class V>
+size_t headBytes(const void *p) {
+    return (V::kBytes - misalignment(p, V::kBytes)) & (V::kBytes - 1);
 }
 
+// The aligned middle of a run: from offset k, where the destination is
+// aligned to the vector, while whole vectors remain, four a pass: the
+// vector `at(offset)` stored at dst + offset, past the caches when Stream.
+// Returns the offset where it stopped.
+template <class V, bool Stream, class At>
+size_t alignedRun(unsigned char *dst, size_t k, size_t n, const At &at) {
+    constexpr size_t kB = V::kBytes;
+    for (; k + 4 * kB <= n; k += 4 * kB) {
+        const typename V::Vec r0 = at(k);
+        const typename V::Vec r1 = at(k + kB);
+        const typename V::Vec r2 = at(k + 2 * kB);
+        const typename V::Vec r3 = at(k + 3 * kB);
+        if (Stream) {
+            V::stream(dst + k, r0);
+            V::stream(dst + k + kB, r1);
+            V::stream(dst + k + 2 * kB, r2);
+            V::stream(dst + k + 3 * kB, r3);
+        } else {
+            V::store(dst + k, r0);
+            V::store(dst + k + kB, r1);
+            V::store(dst + k + 2 * kB, r2);
+            V::store(dst + k + 3 * kB, r3);
+        }
+    }
+    for (; k + kB <= n; k += kB) V::store(dst + k, at(k));
+    if (Stream) V::fence();
+    return k;
+}
+
+template <class V, class At>
+size_t alignedPart(unsigned char *dst, size_t k, size_t n, const At &at) {
+    return n >= kStreamBytes ? alignedRun<V, true>(dst, k, n, at)
+                             : alignedRun<V, false>(dst, k, n, at);
+}
+
+// The pattern kernel with vectors: the bytes up to the destination's first
+// aligned vector with the plain loop, then aligned vectors, then the rest
+// with the plain loop. The source may have any alignment. Each step reads
+// its source bytes before it writes, so the source may be the destination.
 template <class V>
 void andPatternVector(const unsigned char *src, unsigned char *dst, size_t n, uint64_t pattern) {
-    if (n < 2 * V::kBytes)
+    if (n < 2 * V::kBytes) {
         andPatternLoop(src, dst, n, pattern);
-    else if (n >= kStreamBytes)
-        andPatternBody<V, true>(src, dst, n, pattern);
-    else
-        andPatternBody<V, false>(src, dst, n, pattern);
+        return;
+    }
+    size_t k = headBytes<V>(dst);
+    andPatternLoop(src, dst, k, pattern);
+    const typename V::Vec p = V::splat64(rotatePattern(pattern, k));
+    k = alignedPart<V>(dst, k, n, [&](size_t at) { return V::and_(V::loadu(src + at), p); });
+    andPatternLoop(src + k, dst + k, n - k, rotatePattern(pattern, k));
 }
 
 template <class V, int Op>
@@ -176,43 +191,17 @@ inline typename V::Vec vecOp(typename V::Vec a, typename V::Vec b) {
 }
 
 // The byte kernels with vectors, in the scheme of the pattern kernel.
-template <class V, int Op, bool Stream>
-void byteOpBody(const unsigned char *a, const unsigned char *b, unsigned char *d, size_t n) {
-    constexpr size_t kB = V::kBytes;
-    size_t k = (kB - misalignment(d, kB)) & (kB - 1);
-    byteOpLoop<Op>(a, b, d, k);
-    for (; k + 4 * kB <= n; k += 4 * kB) {
-        const typename V::Vec r0 = vecOp<V, Op>(V::loadu(a + k), V::loadu(b + k));
-        const typename V::Vec r1 = vecOp<V, Op>(V::loadu(a + k + kB), V::loadu(b + k + kB));
-        const typename V::Vec r2 =
-            vecOp<V, Op>(V::loadu(a + k + 2 * kB), V::loadu(b + k + 2 * kB));
-        const typename V::Vec r3 =
-            vecOp<V, Op>(V::loadu(a + k + 3 * kB), V::loadu(b + k + 3 * kB));
-        if (Stream) {
-            V::stream(d + k, r0);
-            V::stream(d + k + kB, r1);
-            V::stream(d + k + 2 * kB, r2);
-            V::stream(d + k + 3 * kB, r3);
-        } else {
-            V::store(d + k, r0);
-            V::store(d + k + kB, r1);
-            V::store(d + k + 2 * kB, r2);
-            V::store(d + k + 3 * kB, r3);
-        }
-    }
-    for (; k + kB <= n; k += kB) V::store(d + k, vecOp<V, Op>(V::loadu(a + k), V::loadu(b + k)));
-    if (Stream) V::fence();
-    byteOpLoop<Op>(a + k, b + k, d + k, n - k);
-}
-
 template <class V, int Op>
 void byteOpRun(const unsigned char *a, const unsigned char *b, unsigned char *d, size_t n) {
-    if (n < 2 * V::kBytes)
+    if (n < 2 * V::kBytes) {
         byteOpLoop<Op>(a, b, d, n);
-    else if (n >= kStreamBytes)
-        byteOpBody<V, Op, true>(a, b, d, n);
-    else
-        byteOpBody<V, Op, false>(a, b, d, n);
+        return;
+    }
+    size_t k = headBytes<V>(d);
+    byteOpLoop<Op>(a, b, d, k);
+    k = alignedPart<V>(d, k, n,
+                       [&](size_t at) { return vecOp<V, Op>(V::loadu(a + at), V::loadu(b + at)); });
+    byteOpLoop<Op>(a + k, b + k, d + k, n - k);
 }
 
 template <class V>
@@ -271,7 +260,7 @@ void andChannelVector(const unsigned char *src, unsigned char *dst, size_t count
     for (size_t r = 0; r < rows; ++r) {
         const unsigned char *s = src + static_cast<ptrdiff_t>(r) * srcStep;
         unsigned char *d = dst + static_cast<ptrdiff_t>(r) * dstStep;
-        const size_t first = (kB - misalignment(d, kB)) & (kB - 1);
+        const size_t first = headBytes<V>(d);
         if (span < first + kPass) {
             andChannelBytes(s, d, 0, span, stride, size, mask);
             continue;

@@ -87,37 +87,37 @@ void andImages(const RmgImage *srcImageA, const RmgImage *srcImageB, const RmgIm
     const unsigned char *b = plan.data[1];
     unsigned char *d = plan.data[2];
     switch (plan.kase) {
-    case 'A':
-    case 'B':
-        // B: the one plane of the coi in each image.
-        andRows(plan, a, b, d);
-        break;
-    case 'C': {
-        // Each image steps over its own channels; a row holds the pixels
-        // that all three regions have. Contiguous rows of the same number
-        // of pixels in all three run as one long row.
-        const int pixels = minOf(minOf(plan.pixels[0], plan.pixels[1]), plan.pixels[2]);
-        const int strideA = plan.nChannels[0] * size;
-        const int strideB = plan.nChannels[1] * size;
-        const int strideD = plan.nChannels[2] * size;
-        if (plan.contiguous && plan.pixels[0] == plan.pixels[1] &&
-            plan.pixels[1] == plan.pixels[2]) {
-            andChannelRow(a, b, d, pixels * plan.rows, strideA, strideB, strideD, size);
-        } else {
-            for (int r = 0; r < plan.rows; ++r)
-                andChannelRow(a + times(r, plan.step[0]), b + times(r, plan.step[1]),
-                              d + times(r, plan.step[2]), pixels, strideA, strideB, strideD,
-                              size);
+        case 'A':
+        case 'B':
+            // B: the one plane of the coi in each image.
+            andRows(plan, a, b, d);
+            break;
+        case 'C': {
+            // Each image steps over its own channels; a row holds the pixels
+            // that all three regions have. Contiguous rows of the same number
+            // of pixels in all three run as one long row.
+            const int pixels = minOf(minOf(plan.pixels[0], plan.pixels[1]), plan.pixels[2]);
+            const int strideA = plan.nChannels[0] * size;
+            const int strideB = plan.nChannels[1] * size;
+            const int strideD = plan.nChannels[2] * size;
+            if (plan.contiguous && plan.pixels[0] == plan.pixels[1] &&
+                plan.pixels[1] == plan.pixels[2]) {
+                andChannelRow(a, b, d, pixels * plan.rows, strideA, strideB, strideD, size);
+            } else {
+                for (int r = 0; r < plan.rows; ++r)
+                    andChannelRow(a + times(r, plan.step[0]), b + times(r, plan.step[1]),
+                                  d + times(r, plan.step[2]), pixels, strideA, strideB, strideD,
+                                  size);
+            }
+            break;
         }
-        break;
-    }
-    case 'D':
-        for (int p = 0; p < plan.planes; ++p)
-            andRows(plan, a + times(p, plan.planeStep[0]), b + times(p, plan.planeStep[1]),
-                    d + times(p, plan.planeStep[2]));
-        break;
-    default:
-        break;
+        case 'D':
+            for (int p = 0; p < plan.planes; ++p)
+                andRows(plan, a + times(p, plan.planeStep[0]), b + times(p, plan.planeStep[1]),
+                        d + times(p, plan.planeStep[2]));
+            break;
+        default:
+            break;
     }
 }
 
@@ -133,9 +133,10 @@ bool bitAt(const unsigned char *bytes, int64_t bit) {
     return (bytes[bit >> 3] & (0x80u >> (bit & 7))) != 0;
 }
 
+using Kernel = void (*)(const RmgImage *, const RmgImage *, const RmgImage *);
+
 // The row kernels through the tile walk.
 void walkKernel(void *context, const RmgImage *const *copies) {
-    using Kernel = void (*)(const RmgImage *, const RmgImage *, const RmgImage *);
     (*static_cast<const Kernel *>(context))(copies[0], copies[1], copies[2]);
 }
 
@@ -193,41 +194,20 @@ void rmgAnd32(const RmgImage *srcImageA, const RmgImage *srcImageB, const RmgIma
     andImages(srcImageA, srcImageB, dstImage, 4);
 }
 
-extern "C" void rmgAnd(const RmgImage *srcImageA, const RmgImage *srcImageB,
-                       RmgImage *dstImage, const int *tilePos) {
+extern "C" void rmgAnd(const RmgImage *srcImageA, const RmgImage *srcImageB, RmgImage *dstImage,
+                       const int *tilePos) {
     if (!andOpen(srcImageA, srcImageB, dstImage)) return;
-    void (*kernel)(const RmgImage *, const RmgImage *, const RmgImage *) = nullptr;
-    switch (dstImage->depth) {
-    case RMG_DEPTH_1U:
-        kernel = rmgAnd1u;
-        break;
-    case RMG_DEPTH_8U:
-    case RMG_DEPTH_8S:
-        kernel = rmgAnd8;
-        break;
-    case RMG_DEPTH_16U:
-    case RMG_DEPTH_16S:
-        kernel = rmgAnd16;
-        break;
-    case RMG_DEPTH_32S:
-        kernel = rmgAnd32;
-        break;
-    default:
-        return;
-    }
+    const int index = rmgAndKernelIndex(dstImage->depth);
+    if (index < 0) return;
+    static constexpr Kernel kKernels[4] = {rmgAnd1u, rmgAnd8, rmgAnd16, rmgAnd32};
+    Kernel kernel = kKernels[index];
     // The plain path is decided by srcImageA and dstImage alone; a tiled
     // srcImageB beside them is read through its imageData.
     if (srcImageA->tileInfo == nullptr && dstImage->tileInfo == nullptr) {
         kernel(srcImageA, srcImageB, dstImage);
         return;
     }
-    const RmgWalkImage images[3] = {
-        {srcImageA, "(srcImageA->tileInfo->tileData == ((void*)(0)))",
-         "(srcImageA->tileInfo->tileData != ((void*)(0)))"},
-        {srcImageB, "(srcImageB->tileInfo->tileData == ((void*)(0)))",
-         "(srcImageB->tileInfo->tileData != ((void*)(0)))"},
-        {dstImage, "(dstImage->tileInfo->tileData == ((void*)(0)))",
-         "(dstImage->tileInfo->tileData != ((void*)(0)))"},
-    };
+    const RmgWalkImage images[3] = {RMG_WALK_IMAGE(srcImageA), RMG_WALK_IMAGE(srcImageB),
+                                    RMG_WALK_IMAGE(dstImage)};
     rmgPointTileWalk(images, 3, tilePos, "rmgAnd", kModule, walkKernel, &kernel);
 }

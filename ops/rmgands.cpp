@@ -56,22 +56,22 @@ void andRowsAt(const RmgImage *srcImage, const RmgImage *dstImage, int64_t srcFi
 }
 
 // The channel kernel of an element size.
-void andCoi(const unsigned char *src, unsigned char *dst, int width, int height,
-            int srcChannels, int dstChannels, int srcStep, int dstStep, int srcIndex,
-            int dstIndex, int size, uint32_t mask) {
+void andCoi(const unsigned char *src, unsigned char *dst, int width, int height, int srcChannels,
+            int dstChannels, int srcStep, int dstStep, int srcIndex, int dstIndex, int size,
+            uint32_t mask) {
     switch (size) {
-    case 1:
-        rmgAndCoi8(src, dst, width, height, srcChannels, dstChannels, srcStep, dstStep, srcIndex,
-                   dstIndex, static_cast<uint8_t>(mask));
-        break;
-    case 2:
-        rmgAndCoi16(src, dst, width, height, srcChannels, dstChannels, srcStep, dstStep,
-                    srcIndex, dstIndex, static_cast<uint16_t>(mask));
-        break;
-    default:
-        rmgAndCoi32(src, dst, width, height, srcChannels, dstChannels, srcStep, dstStep,
-                    srcIndex, dstIndex, mask);
-        break;
+        case 1:
+            rmgAndCoi8(src, dst, width, height, srcChannels, dstChannels, srcStep, dstStep,
+                       srcIndex, dstIndex, static_cast<uint8_t>(mask));
+            break;
+        case 2:
+            rmgAndCoi16(src, dst, width, height, srcChannels, dstChannels, srcStep, dstStep,
+                        srcIndex, dstIndex, static_cast<uint16_t>(mask));
+            break;
+        default:
+            rmgAndCoi32(src, dst, width, height, srcChannels, dstChannels, srcStep, dstStep,
+                        srcIndex, dstIndex, mask);
+            break;
     }
 }
 
@@ -95,10 +95,10 @@ void andChannelAt(const RmgImage *srcImage, const RmgImage *dstImage, int64_t sr
         // before pixel i. In the first row that is, for i = 0, the element
         // in front of the buffer; it is not written. The rest of the first
         // row and the other rows get their results as the index says.
-        const int rest = minOf(rowsInside(srcImage, srcFirst + srcChannels * size,
-                                          srcSpan - srcChannels * size, 0, 1),
-                               rowsInside(dstImage, dstFirst + dstChannels * size,
-                                          dstSpan - dstChannels * size, 0, 1));
+        const int rest = minOf(
+            rowsInside(srcImage, srcFirst + srcChannels * size, srcSpan - srcChannels * size, 0, 1),
+            rowsInside(dstImage, dstFirst + dstChannels * size, dstSpan - dstChannels * size, 0,
+                       1));
         if (width > 1 && rest > 0)
             andCoi(src + srcChannels * size, dst + dstChannels * size, width - 1, 1, srcChannels,
                    dstChannels, 0, 0, srcCoi - 1, dstCoi - 1, size, mask);
@@ -189,17 +189,9 @@ void rmgRoiSize(const RmgImage *image, int *channels, int *coi, int *height, int
 }
 
 uint32_t rmgAndSMask(unsigned int depth, int value) {
-    const auto v = static_cast<uint32_t>(value);
-    switch (rmg::depthBits(depth)) {
-    case 1:
-        return (v & 1u) ? 0xFFFFFFFFu : 0u;
-    case 8:
-        return (v & 0xFFu) * 0x01010101u;
-    case 16:
-        return (v & 0xFFFFu) * 0x00010001u;
-    default:
-        return v;
-    }
+    // The rule of the fill pattern: bit 0 spread, the low byte or half
+    // repeated, or the value itself.
+    return rmg::fillPattern32(value, rmg::depthBits(depth));
 }
 
 void rmgAndSWhole(const RmgImage *srcImage, const RmgImage *dstImage, uint32_t mask) {
@@ -250,34 +242,15 @@ void rmgAndS32(const RmgImage *srcImage, const RmgImage *dstImage, uint32_t mask
 extern "C" void rmgAndS(const RmgImage *srcImage, RmgImage *dstImage, int value,
                         const int *tilePos) {
     if (!rmgPointOpen(srcImage, dstImage, "rmgAndS", kModule)) return;
-    AndSCall call{nullptr, rmgAndSMask(srcImage->depth, value)};
-    switch (srcImage->depth) {
-    case RMG_DEPTH_1U:
-        call.rows = rmgAndS1u;
-        break;
-    case RMG_DEPTH_8U:
-    case RMG_DEPTH_8S:
-        call.rows = rmgAndS8;
-        break;
-    case RMG_DEPTH_16U:
-    case RMG_DEPTH_16S:
-        call.rows = rmgAndS16;
-        break;
-    case RMG_DEPTH_32S:
-        call.rows = rmgAndS32;
-        break;
-    default:
-        return;
-    }
+    const int index = rmgAndKernelIndex(srcImage->depth);
+    if (index < 0) return;
+    static constexpr void (*kRows[4])(const RmgImage *, const RmgImage *, uint32_t) = {
+        rmgAndS1u, rmgAndS8, rmgAndS16, rmgAndS32};
+    AndSCall call{kRows[index], rmgAndSMask(srcImage->depth, value)};
     if (srcImage->tileInfo == nullptr && dstImage->tileInfo == nullptr) {
         andSPiece(call, srcImage, dstImage);
         return;
     }
-    const RmgWalkImage images[2] = {
-        {srcImage, "(srcImage->tileInfo->tileData == ((void*)(0)))",
-         "(srcImage->tileInfo->tileData != ((void*)(0)))"},
-        {dstImage, "(dstImage->tileInfo->tileData == ((void*)(0)))",
-         "(dstImage->tileInfo->tileData != ((void*)(0)))"},
-    };
+    const RmgWalkImage images[2] = {RMG_WALK_IMAGE(srcImage), RMG_WALK_IMAGE(dstImage)};
     rmgPointTileWalk(images, 2, tilePos, "rmgAndS", kModule, walkKernel, &call);
 }

@@ -1,30 +1,49 @@
 #include "ops/andtest.h"
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <cstring>
 
+#include "support/rmgtest.h"
+
 namespace andtest {
 
+using addstest::allChannels;
 using addstest::elemBytes;
 using addstest::getAt;
+using addstest::hasCoi;
+using addstest::isWhole;
 using addstest::Layout;
 using addstest::layoutOf;
 using addstest::putAt;
+using addstest::Region;
+using addstest::regionOf;
 
 uint32_t maskOf(unsigned int depth, int value) {
     const auto v = static_cast<uint32_t>(value);
     switch (depth) {
-    case RMG_DEPTH_1U:
-        return (v & 1) ? 0xFFFFFFFFu : 0;
-    case RMG_DEPTH_8U:
-    case RMG_DEPTH_8S:
-        return (v & 0xFF) | (v & 0xFF) << 8 | (v & 0xFF) << 16 | (v & 0xFF) << 24;
-    case RMG_DEPTH_16U:
-    case RMG_DEPTH_16S:
-        return (v & 0xFFFF) | (v & 0xFFFF) << 16;
-    default:
-        return v;
+        case RMG_DEPTH_1U:
+            return (v & 1) ? 0xFFFFFFFFu : 0;
+        case RMG_DEPTH_8U:
+        case RMG_DEPTH_8S:
+            return (v & 0xFF) | (v & 0xFF) << 8 | (v & 0xFF) << 16 | (v & 0xFF) << 24;
+        case RMG_DEPTH_16U:
+        case RMG_DEPTH_16S:
+            return (v & 0xFFFF) | (v & 0xFFFF) << 16;
+        default:
+            return v;
     }
+}
+
+void expectOneReport(const char *funcName, const char *module, const std::string &context) {
+    ASSERT_EQ(rmgtest::reports().size(), 1u);
+    const rmgtest::Report &r = rmgtest::reports()[0];
+    EXPECT_EQ(r.status, RMG_StsBadArg);
+    EXPECT_EQ(r.funcName, funcName);
+    EXPECT_EQ(r.fileName, module);
+    EXPECT_EQ(r.context, context);
+    EXPECT_EQ(rmgGetErrStatus(), RMG_StsBadArg);
 }
 
 bool bitOf(const uint8_t *row, int64_t x) { return (row[x >> 3] >> (7 - (x & 7))) & 1; }
@@ -35,19 +54,6 @@ void setBit(uint8_t *row, int64_t x, bool v) {
 }
 
 namespace {
-
-bool coversWhole(const RmgImage *image) {
-    const RmgROI *roi = image->roi;
-    if (roi == nullptr) return true;
-    return roi->xOffset == 0 && roi->yOffset == 0 && roi->height >= image->height &&
-           roi->width >= image->width &&
-           (roi->coi == 0 || (roi->coi == 1 && image->nChannels == 1));
-}
-
-bool isWhole(const RmgImage *a, const RmgImage *b) {
-    return a->height == b->height && a->width == b->width && a->imageSize == b->imageSize &&
-           coversWhole(a) && coversWhole(b);
-}
 
 // The region of rmgAndS: ROI offset and size cut at the image's edge.
 struct RoiSize {
@@ -147,10 +153,10 @@ std::vector<uint8_t> andSModel(const RmgImage *src, const std::vector<uint8_t> &
     // Rows of width x nChannels elements from each region's first pixel.
     const int64_t count = int64_t{width} * src->nChannels;
     for (int r = 0; r < height; ++r) {
-        const int64_t srcRow = int64_t{s.y + r} * src->widthStep +
-                               int64_t{s.x} * src->nChannels * size;
-        const int64_t dstRow = int64_t{d.y + r} * dst->widthStep +
-                               int64_t{d.x} * dst->nChannels * size;
+        const int64_t srcRow =
+            int64_t{s.y + r} * src->widthStep + int64_t{s.x} * src->nChannels * size;
+        const int64_t dstRow =
+            int64_t{d.y + r} * dst->widthStep + int64_t{d.x} * dst->nChannels * size;
         for (int64_t j = 0; j < count; ++j)
             putAtByte(depth, out, dstRow + j * size,
                       anded(elemAtByte(depth, srcBytes, srcRow + j * size)));
@@ -159,32 +165,6 @@ std::vector<uint8_t> andSModel(const RmgImage *src, const std::vector<uint8_t> &
 }
 
 namespace {
-
-// The clipped region of rmgRunGeometry; `ok` false when it can't be
-// resolved.
-struct Region {
-    int x0, y0, columns, rows, coi;
-    bool ok;
-};
-
-Region regionOf(const RmgImage *image) {
-    const RmgROI *roi = image->roi;
-    if (roi == nullptr) return Region{0, 0, image->width, image->height, 0, true};
-    const int64_t lastX = std::min<int64_t>(int64_t{roi->xOffset} + roi->width - 1, image->width - 1);
-    const int64_t lastY =
-        std::min<int64_t>(int64_t{roi->yOffset} + roi->height - 1, image->height - 1);
-    Region r{};
-    r.ok = lastX >= 0 && lastY >= 0 && roi->coi <= image->nChannels && roi->coi >= 0;
-    r.x0 = std::max(roi->xOffset, 0);
-    r.y0 = std::max(roi->yOffset, 0);
-    r.columns = static_cast<int>(lastX - r.x0 + 1);
-    r.rows = static_cast<int>(lastY - r.y0 + 1);
-    r.coi = roi->coi;
-    return r;
-}
-
-bool hasCoi(const RmgImage *image) { return image->roi != nullptr && image->roi->coi != 0; }
-bool allChannels(const RmgImage *image) { return !hasCoi(image) || image->nChannels == 1; }
 
 // The bit rectangle of a 1-bit image: byte offset, width, height, phase.
 struct BitRect {
@@ -212,7 +192,7 @@ std::vector<uint8_t> andModel(const RmgImage *a, const std::vector<uint8_t> &aBy
         const int bytes = depth == RMG_DEPTH_32S ? dst->imageSize / 4 * 4 : dst->imageSize;
         for (int k = 0; k < bytes; ++k)
             out[static_cast<size_t>(k)] = static_cast<uint8_t>(aBytes[static_cast<size_t>(k)] &
-                                                                bBytes[static_cast<size_t>(k)]);
+                                                               bBytes[static_cast<size_t>(k)]);
         return out;
     }
     const RmgImage *images[3] = {a, b, dst};
@@ -231,7 +211,8 @@ std::vector<uint8_t> andModel(const RmgImage *a, const std::vector<uint8_t> &aBy
                     inside = inside && bit[i] / 8 < images[i]->imageSize;
                 }
                 if (!inside) continue;
-                setBit(out.data(), bit[2], bitOf(aBytes.data(), bit[0]) && bitOf(bBytes.data(), bit[1]));
+                setBit(out.data(), bit[2],
+                       bitOf(aBytes.data(), bit[0]) && bitOf(bBytes.data(), bit[1]));
             }
         return out;
     }
@@ -253,7 +234,8 @@ std::vector<uint8_t> andModel(const RmgImage *a, const std::vector<uint8_t> &aBy
     const Layout bl = layoutOf(b);
     const Layout dl = layoutOf(dst);
     auto put = [&](int ax, int ay, int ach, int bx, int by, int bch, int dx, int dy, int dch) {
-        const int64_t e = getAt(al, aBytes.data(), ax, ay, ach) & getAt(bl, bBytes.data(), bx, by, bch);
+        const int64_t e =
+            getAt(al, aBytes.data(), ax, ay, ach) & getAt(bl, bBytes.data(), bx, by, bch);
         putAt(dl, out.data(), dx, dy, dch, e);
     };
     const int columns = std::min({reg[0].columns, reg[1].columns, reg[2].columns});

@@ -55,7 +55,8 @@ TEST(AndBits, AgreesWithABitLoopForAllPhasePairsAndWidths) {
                 // as long as the rows: nothing outside may be touched.
                 const int srcStep = (srcPhase + width + 7) / 8;
                 const int dstStep = (dstPhase + width + 7) / 8;
-                const uint32_t seed = static_cast<uint32_t>(srcPhase * 1000 + dstPhase * 100 + width);
+                const uint32_t seed =
+                    static_cast<uint32_t>(srcPhase * 1000 + dstPhase * 100 + width);
                 for (uint32_t mask : {0xFFFFFFFFu, 0u, 0x5AC3u}) {
                     Block src(static_cast<size_t>(srcStep * rows), seed);
                     Block dst(static_cast<size_t>(dstStep * rows), seed + 7);
@@ -72,8 +73,8 @@ TEST(AndBits, AgreesWithABitLoopForAllPhasePairsAndWidths) {
                         }
                     rmgAndBits(src.data, dst.data, srcPhase, dstPhase, width, rows, srcStep,
                                dstStep, mask);
-                    ASSERT_EQ(dst.bytes(), want) << srcPhase << " " << dstPhase << " width "
-                                                 << width << " mask " << mask;
+                    ASSERT_EQ(dst.bytes(), want)
+                        << srcPhase << " " << dstPhase << " width " << width << " mask " << mask;
                 }
             }
         }
@@ -185,16 +186,18 @@ TEST(AndForms, ByteOperationsAgreeAtEveryLengthAndAlignment) {
                     std::memcpy(have, base.data(), kSize);
                     rmg::kAndScalar.bytes(op, a.data() + aAlign, b.data() + bAlign,
                                           want + kGuard + align, n);
-                    forms->bytes(op, a.data() + aAlign, b.data() + bAlign, have + kGuard + align, n);
-                    ASSERT_EQ(0, std::memcmp(want, have, kSize)) << op << " " << n << " at " << align;
+                    forms->bytes(op, a.data() + aAlign, b.data() + bAlign, have + kGuard + align,
+                                 n);
+                    ASSERT_EQ(0, std::memcmp(want, have, kSize))
+                        << op << " " << n << " at " << align;
                     // The destination as the first source (XOR must not
                     // take any byte twice).
                     std::memcpy(want, base.data(), kSize);
                     std::memcpy(have, base.data(), kSize);
                     rmg::kAndScalar.bytes(op, want + kGuard + align, b.data() + bAlign,
                                           want + kGuard + align, n);
-                    forms->bytes(op, have + kGuard + align, b.data() + bAlign, have + kGuard + align,
-                                 n);
+                    forms->bytes(op, have + kGuard + align, b.data() + bAlign,
+                                 have + kGuard + align, n);
                     ASSERT_EQ(0, std::memcmp(want, have, kSize)) << op << " " << n << " in place";
                 }
             }
@@ -211,7 +214,9 @@ TEST(AndForms, ScalarByteOperationsAreTheFormulas) {
         EXPECT_EQ(d[0], 0x77);
         EXPECT_EQ(d[30], 0x77);
         for (size_t k = 0; k < 29; ++k) {
-            const int want = op == rmg::kByteAnd ? (a[k] & b[k]) : op == rmg::kByteOr ? (a[k] | b[k]) : (a[k] ^ b[k]);
+            const int want = op == rmg::kByteAnd  ? (a[k] & b[k])
+                             : op == rmg::kByteOr ? (a[k] | b[k])
+                                                  : (a[k] ^ b[k]);
             EXPECT_EQ(d[k + 1], want) << op << " " << k;
         }
     }
@@ -354,7 +359,8 @@ TEST(AndRows, LongRowsAtAnyPhaseMatchTheLaneFormula) {
                 const ptrdiff_t row = off >= 0 ? off / 999 : -1;
                 const ptrdiff_t col = off - row * 999;
                 if (row >= 0 && row < 4 && col < 900) {
-                    const auto lane = static_cast<size_t>(reinterpret_cast<uintptr_t>(dst.data() + k) % 8);
+                    const auto lane =
+                        static_cast<size_t>(reinterpret_cast<uintptr_t>(dst.data() + k) % 8);
                     const uint8_t want = srcBytes[static_cast<size_t>(3 + row * 950 + col)] &
                                          static_cast<uint8_t>(mask >> (8 * lane));
                     ASSERT_EQ(dst[k], want) << form << " " << phase << " " << k;

@@ -20,13 +20,7 @@ using addstest::Image;
 class AndTest : public rmgtest::ErrorStateTest {};
 
 void expectOneReport(const std::string &context) {
-    ASSERT_EQ(rmgtest::reports().size(), 1u);
-    const rmgtest::Report &r = rmgtest::reports()[0];
-    EXPECT_EQ(r.status, RMG_StsBadArg);
-    EXPECT_EQ(r.funcName, "rmgAnd");
-    EXPECT_EQ(r.fileName, "rmgand");
-    EXPECT_EQ(r.context, context);
-    EXPECT_EQ(rmgGetErrStatus(), RMG_StsBadArg);
+    andtest::expectOneReport("rmgAnd", "rmgand", context);
 }
 
 std::vector<uint8_t> andOf(const std::vector<uint8_t> &a, const std::vector<uint8_t> &b) {
@@ -116,8 +110,8 @@ TEST_F(AndTest, TheEntryForwardsAndAnEarlierFailureDoesNotStopIt) {
 TEST_F(AndTest, WholeImagesCombineEveryByteOfTheBuffers) {
     for (int form : rmgtest::runnableForms()) {
         rmgtest::ForcedForm forced(form);
-        for (unsigned int depth : {RMG_DEPTH_8U, RMG_DEPTH_8S, RMG_DEPTH_16U, RMG_DEPTH_16S,
-                                   RMG_DEPTH_32S}) {
+        for (unsigned int depth :
+             {RMG_DEPTH_8U, RMG_DEPTH_8S, RMG_DEPTH_16U, RMG_DEPTH_16S, RMG_DEPTH_32S}) {
             // Rows with padding: 5 pixels of 3 channels.
             Image a(3, depth, RMG_DATA_PIXEL, 8, 7, 5, 1);
             Image b(3, depth, RMG_DATA_PIXEL, 8, 7, 5, 2);
@@ -205,8 +199,8 @@ TEST_F(AndTest, CasesOverThreeImages) {
     rmgAnd(qa.image, qb.image, qd.image, nullptr);
     EXPECT_EQ(qd.bytes(), qwant);
     int32_t ea, eb, ed;
-    std::memcpy(&ea, qa.data + 2 * 48, 4);   // plane 2, (0, 0)
-    std::memcpy(&eb, qb.data + 2 * 80, 4);   // plane 2, (0, 0)
+    std::memcpy(&ea, qa.data + 2 * 48, 4);           // plane 2, (0, 0)
+    std::memcpy(&eb, qb.data + 2 * 80, 4);           // plane 2, (0, 0)
     std::memcpy(&ed, qd.data + 2 * 48 + 16 + 4, 4);  // plane 2, (1, 1)
     EXPECT_EQ(ed, ea & eb);
 

@@ -57,26 +57,26 @@ void setRandomRoi(Image &image, int coi, Rng &rng, std::ostringstream &note) {
     int rw = 0;
     int rh = 0;
     switch (kind) {
-    case 0:
-        rw = 1 + rng.below(w - x);
-        rh = 1 + rng.below(h - y);
-        break;
-    case 1:
-        rw = w - x;
-        rh = h - y;
-        break;
-    case 2:
-        rw = w - x + 1 + rng.below(9);
-        rh = h - y + 1 + rng.below(4);
-        break;
-    case 3:
-        rw = w + rng.below(3);
-        rh = h + rng.below(3);
-        break;
-    default:
-        rw = 1 + rng.below(w + 4);
-        rh = 1 + rng.below(h + 4);
-        break;
+        case 0:
+            rw = 1 + rng.below(w - x);
+            rh = 1 + rng.below(h - y);
+            break;
+        case 1:
+            rw = w - x;
+            rh = h - y;
+            break;
+        case 2:
+            rw = w - x + 1 + rng.below(9);
+            rh = h - y + 1 + rng.below(4);
+            break;
+        case 3:
+            rw = w + rng.below(3);
+            rh = h + rng.below(3);
+            break;
+        default:
+            rw = 1 + rng.below(w + 4);
+            rh = 1 + rng.below(h + 4);
+            break;
     }
     image.setRoi(coi, x, y, rh, rw);
     note << " roi(" << coi << "," << x << "," << y << "," << rh << "," << rw << ")";
@@ -94,34 +94,34 @@ void channelPlan(unsigned int depth, int count, Rng &rng, int *channels, int *co
         return;
     }
     switch (rng.below(4)) {
-    case 0: {  // the same channels, all of them
-        const int n = 1 + rng.below(4);
-        for (int i = 0; i < count; ++i) channels[i] = n;
-        break;
-    }
-    case 1:  // a coi on every image
-        for (int i = 0; i < count; ++i) {
-            channels[i] = 1 + rng.below(4);
-            coi[i] = 1 + rng.below(channels[i]);
+        case 0: {  // the same channels, all of them
+            const int n = 1 + rng.below(4);
+            for (int i = 0; i < count; ++i) channels[i] = n;
+            break;
         }
-        break;
-    case 2:  // a coi on some, one channel (with or without ROI) on the rest
-        for (int i = 0; i < count; ++i) {
-            if (rng.below(2)) {
+        case 1:  // a coi on every image
+            for (int i = 0; i < count; ++i) {
                 channels[i] = 1 + rng.below(4);
                 coi[i] = 1 + rng.below(channels[i]);
-            } else {
+            }
+            break;
+        case 2:  // a coi on some, one channel (with or without ROI) on the rest
+            for (int i = 0; i < count; ++i) {
+                if (rng.below(2)) {
+                    channels[i] = 1 + rng.below(4);
+                    coi[i] = 1 + rng.below(channels[i]);
+                } else {
+                    channels[i] = 1;
+                    coi[i] = rng.below(3) - 1;
+                }
+            }
+            break;
+        default:  // one channel each, coi 1, 0 or no ROI
+            for (int i = 0; i < count; ++i) {
                 channels[i] = 1;
                 coi[i] = rng.below(3) - 1;
             }
-        }
-        break;
-    default:  // one channel each, coi 1, 0 or no ROI
-        for (int i = 0; i < count; ++i) {
-            channels[i] = 1;
-            coi[i] = rng.below(3) - 1;
-        }
-        break;
+            break;
     }
 }
 

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "ops/addstest.h"
+#include "ops/andtest.h"
 #include "support/rmgforms.h"
 #include "support/rmgtest.h"
 
@@ -114,8 +115,8 @@ void runTiled(int count, std::mt19937 &rng, int iteration, int *withTilePos) {
                                                    th, rng());
             ops[i].tiled->load(*ops[i].plain);
         }
-        note << " [" << i << "] " << height << "x" << width << "/" << align << " tile " << tw
-             << "x" << th;
+        note << " [" << i << "] " << height << "x" << width << "/" << align << " tile " << tw << "x"
+             << th;
         if (!withRoi) continue;
         const int x = pick(width);
         const int y = pick(height);
@@ -191,8 +192,8 @@ void runTiled(int count, std::mt19937 &rng, int iteration, int *withTilePos) {
                 for (int ch = 0; ch < planes; ++ch) {
                     const bool inTile =
                         tilePos == nullptr || (x / tw == tilePos[0] && y / th == tilePos[1]);
-                    const int64_t want = addstest::getAt(dl, (inTile ? dstAfter : dstBefore).data(),
-                                                         x, y, ch);
+                    const int64_t want =
+                        addstest::getAt(dl, (inTile ? dstAfter : dstBefore).data(), x, y, ch);
                     ASSERT_EQ(dst.get(x, y, ch), want)
                         << note.str() << " at " << x << "," << y << "," << ch << " form " << form;
                 }
@@ -267,10 +268,10 @@ TEST_F(AndTilesTest, EachCursorMovesThroughItsOwnGrid) {
     b.tag = 1;
     d.tag = 2;
     rmgAnd(a.image, b.image, d.image, nullptr);
-    const Shared want = {
-        {1, call(0, 0, 1)}, {2, call(0, 0, 2)}, {2, call(0, 0, 4)}, {2, call(1, 0, 2)},
-        {1, call(0, 0, 4)}, {2, call(1, 0, 4)}, {1, call(0, 0, 1)}, {2, call(0, 1, 2)},
-        {2, call(0, 1, 4)}, {2, call(1, 1, 2)}, {1, call(0, 0, 4)}, {2, call(1, 1, 4)}};
+    const Shared want = {{1, call(0, 0, 1)}, {2, call(0, 0, 2)}, {2, call(0, 0, 4)},
+                         {2, call(1, 0, 2)}, {1, call(0, 0, 4)}, {2, call(1, 0, 4)},
+                         {1, call(0, 0, 1)}, {2, call(0, 1, 2)}, {2, call(0, 1, 4)},
+                         {2, call(1, 1, 2)}, {1, call(0, 0, 4)}, {2, call(1, 1, 4)}};
     EXPECT_EQ(shared, want);
 }
 
@@ -279,7 +280,8 @@ TEST_F(AndTilesTest, AndSWithATiledSourceReadsRowsOfItsTiles) {
     Image dst(3, RMG_DEPTH_32S, RMG_DATA_PLANE, 8, 30, 30, 2);
     src.setRoi(0, 10, 5, 4, 10);
     rmgAndS(src.image, dst.image, -1, nullptr);
-    EXPECT_EQ(addstest::describe(src.calls), "(0,0,1)(0,0,4)(1,0,1)(1,0,4)(0,1,1)(0,1,4)(1,1,1)(1,1,4)");
+    EXPECT_EQ(addstest::describe(src.calls),
+              "(0,0,1)(0,0,4)(1,0,1)(1,0,4)(0,1,1)(0,1,4)(1,1,1)(1,1,4)");
     const addstest::Layout dl = addstest::layoutOf(dst.image);
     for (int ch = 0; ch < 3; ++ch)
         for (int y = 0; y < 4; ++y)
@@ -315,15 +317,6 @@ TEST_F(AndTilesTest, TilePosRestrictsBothWalksToOneDestinationTile) {
 // Messages
 // ---------------------------------------------------------------------------
 
-void expectReport(const char *funcName, const char *module, const char *context) {
-    ASSERT_EQ(rmgtest::reports().size(), 1u);
-    const rmgtest::Report &r = rmgtest::reports()[0];
-    EXPECT_EQ(r.status, RMG_StsBadArg);
-    EXPECT_EQ(r.funcName, funcName);
-    EXPECT_EQ(r.fileName, module);
-    EXPECT_EQ(r.context, context);
-}
-
 TEST_F(AndTilesTest, ANullTileOfEachImageOfRmgAnd) {
     struct Probe {
         int image;  // 0 A, 1 B, 2 destination
@@ -336,7 +329,9 @@ TEST_F(AndTilesTest, ANullTileOfEachImageOfRmgAnd) {
         {1, {0, 0}, "(srcImageB->tileInfo->tileData == ((void*)(0)))", "(0,0,1)"},
         {2, {0, 0}, "(dstImage->tileInfo->tileData == ((void*)(0)))", "(0,0,2)"},
         {1, {1, 0}, "(srcImageB->tileInfo->tileData == ((void*)(0)))", "(0,0,1)(0,0,4)(1,0,1)"},
-        {2, {0, 1}, "(dstImage->tileInfo->tileData == ((void*)(0)))",
+        {2,
+         {0, 1},
+         "(dstImage->tileInfo->tileData == ((void*)(0)))",
          "(0,0,2)(0,0,4)(1,0,2)(1,0,4)(0,1,2)"},
     };
     for (const Probe &p : probes) {
@@ -347,7 +342,7 @@ TEST_F(AndTilesTest, ANullTileOfEachImageOfRmgAnd) {
         Tiled *all[3] = {&a, &b, &d};
         all[p.image]->refused = {p.tile};
         rmgAnd(a.image, b.image, d.image, nullptr);
-        expectReport("rmgAnd", "rmgand", p.text);
+        andtest::expectOneReport("rmgAnd", "rmgand", p.text);
         EXPECT_EQ(addstest::describe(all[p.image]->calls), p.sequence) << p.text;
         // Images after the failing one in the step were not asked.
         if (p.tile == std::make_pair(0, 0)) {
@@ -378,7 +373,7 @@ TEST_F(AndTilesTest, ATileNotClearedOnReleaseOfEachImageOfRmgAnd) {
         Tiled *all[3] = {&a, &b, &d};
         all[p.image]->held = {p.tile};
         rmgAnd(a.image, b.image, d.image, nullptr);
-        expectReport("rmgAnd", "rmgand", p.text);
+        andtest::expectOneReport("rmgAnd", "rmgand", p.text);
         const TileCall released{p.tile.first, p.tile.second, RMG_TILE_RELEASE};
         ASSERT_FALSE(all[p.image]->calls.empty());
         EXPECT_EQ(all[p.image]->calls.back(), released) << p.text;
@@ -390,7 +385,8 @@ TEST_F(AndTilesTest, ANullTileAndATileNotClearedInRmgAndS) {
     Tiled dst(1, RMG_DEPTH_8U, RMG_DATA_PIXEL, 4, 16, 16, 8, 8, 2);
     src.refused = {{0, 1}};
     rmgAndS(src.image, dst.image, 1, nullptr);
-    expectReport("rmgAndS", "rmgands", "(srcImage->tileInfo->tileData == ((void*)(0)))");
+    andtest::expectOneReport("rmgAndS", "rmgands",
+                             "(srcImage->tileInfo->tileData == ((void*)(0)))");
     EXPECT_EQ(addstest::describe(src.calls), "(0,0,1)(0,0,4)(1,0,1)(1,0,4)(0,1,1)");
 
     rmgtest::reports().clear();
@@ -399,7 +395,8 @@ TEST_F(AndTilesTest, ANullTileAndATileNotClearedInRmgAndS) {
     dst.calls.clear();
     dst.refused = {{1, 0}};
     rmgAndS(src.image, dst.image, 1, nullptr);
-    expectReport("rmgAndS", "rmgands", "(dstImage->tileInfo->tileData == ((void*)(0)))");
+    andtest::expectOneReport("rmgAndS", "rmgands",
+                             "(dstImage->tileInfo->tileData == ((void*)(0)))");
     EXPECT_EQ(addstest::describe(dst.calls), "(0,0,2)(0,0,4)(1,0,2)");
 
     rmgtest::reports().clear();
@@ -407,14 +404,16 @@ TEST_F(AndTilesTest, ANullTileAndATileNotClearedInRmgAndS) {
     dst.calls.clear();
     src.held = {{1, 0}};
     rmgAndS(src.image, dst.image, 1, nullptr);
-    expectReport("rmgAndS", "rmgands", "(srcImage->tileInfo->tileData != ((void*)(0)))");
+    andtest::expectOneReport("rmgAndS", "rmgands",
+                             "(srcImage->tileInfo->tileData != ((void*)(0)))");
 
     rmgtest::reports().clear();
     src.held.clear();
     src.info.tileData = nullptr;
     dst.held = {{0, 0}};
     rmgAndS(src.image, dst.image, 1, nullptr);
-    expectReport("rmgAndS", "rmgands", "(dstImage->tileInfo->tileData != ((void*)(0)))");
+    andtest::expectOneReport("rmgAndS", "rmgands",
+                             "(dstImage->tileInfo->tileData != ((void*)(0)))");
 }
 
 TEST_F(AndTilesTest, ATilePosOutsideTheDestinationRegion) {
@@ -441,7 +440,8 @@ TEST_F(AndTilesTest, ATilePosOutsideTheDestinationRegion) {
                 rmgAnd(a.image, b.image, d.image, tilePos);
             else
                 rmgAndS(a.image, d.image, 1, tilePos);
-            expectReport(op == 0 ? "rmgAnd" : "rmgAndS", op == 0 ? "rmgand" : "rmgands", p.text);
+            andtest::expectOneReport(op == 0 ? "rmgAnd" : "rmgAndS", op == 0 ? "rmgand" : "rmgands",
+                                     p.text);
             EXPECT_TRUE(d.calls.empty());
         }
     }
