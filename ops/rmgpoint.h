@@ -119,6 +119,15 @@ struct RmgWalkImage {
     const char *heldText;
 };
 
+// The walk's record of an argument with the texts that name it, e.g.
+// RMG_WALK_IMAGE(srcImage) raises "(srcImage->tileInfo->tileData ==
+// ((void*)(0)))" for a null tile.
+#define RMG_WALK_IMAGE(name)                                     \
+    RmgWalkImage {                                               \
+        name, "(" #name "->tileInfo->tileData == ((void*)(0)))", \
+            "(" #name "->tileInfo->tileData != ((void*)(0)))"    \
+    }
+
 // The row kernel of a tile walk: called with the header copies, in the
 // order of the walk's images.
 using RmgWalkKernel = void (*)(void *context, const RmgImage *const *copies);
