@@ -184,18 +184,12 @@ bool coversWhole(const RmgImage *image) {
            (roi->coi == 0 || (roi->coi == 1 && image->nChannels == 1));
 }
 
+}  // namespace
+
 bool isWhole(const RmgImage *a, const RmgImage *b) {
     return a->height == b->height && a->width == b->width && a->imageSize == b->imageSize &&
            coversWhole(a) && coversWhole(b);
 }
-
-// The clipped region of an image, as rows, columns and the channels it
-// brings; `ok` false when it can't be resolved (coi above the channels, or
-// a region ending before the image).
-struct Region {
-    int x0, y0, columns, rows, coi;
-    bool ok;
-};
 
 Region regionOf(const RmgImage *image) {
     const RmgROI *roi = image->roi;
@@ -218,6 +212,8 @@ bool hasCoi(const RmgImage *image) { return image->roi != nullptr && image->roi-
 bool allChannels(const RmgImage *image) {
     return !hasCoi(image) || image->nChannels == 1;
 }
+
+namespace {
 
 void bitPlan(const RmgImage *src, const RmgImage *dst, Plan &plan) {
     struct BitRect {

@@ -84,6 +84,25 @@ struct Image {
     uint8_t *data;
 };
 
+// True when the operations take two images as flat buffers: the same
+// height, width and imageSize, and each without ROI or with a ROI at 0
+// that covers it with coi 0 (or coi 1 of one channel).
+bool isWhole(const RmgImage *a, const RmgImage *b);
+
+// The clipped region of an image, as rows, columns and the channels it
+// brings; `ok` false when it can't be resolved (coi above the channels, or
+// a region ending before the image).
+struct Region {
+    int x0, y0, columns, rows, coi;
+    bool ok;
+};
+Region regionOf(const RmgImage *image);
+
+// A ROI with a non-zero coi; all channels processed (no coi, or coi 1 of
+// one channel).
+bool hasCoi(const RmgImage *image);
+bool allChannels(const RmgImage *image);
+
 // One destination element and the source element it comes from, in image
 // coordinates (for 1-bit images: column and row of the bit). `one`: the
 // arithmetic of case C.
