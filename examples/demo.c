@@ -3,7 +3,9 @@
  *
  * Creates and fills images of all six depths, prints their geometry and
  * first pixels; fills a tiled image whose tiles the demo serves from its
- * own memory through a call-back; then makes a call that the library
+ * own memory through a call-back; copies a region that reaches past the
+ * edge of a tiled image into another, with the border rules filling in
+ * beyond the edge; then makes a call that the library
  * refuses so that the error reaches the console dialog, and prints the
  * status it leaves.
  */
@@ -118,6 +120,73 @@ static int show_tiles(void) {
     return 0;
 }
 
+/* Copying out of a tiled image past its edge. The source is 16 x 16 bytes
+ * in 2 x 2 tiles that its call-back computes on request, pixel (x, y) being
+ * 16 * y + x; beyond its right edge the edge column is replicated, below its
+ * bottom edge stands the constant 0xee. The destination is one 8 x 8 tile of
+ * the demo's own. With both images tiled, the source's part is read through
+ * the border rules. */
+static unsigned char gradient_tiles[2][2][TILE_SIDE * TILE_SIDE];
+static unsigned char copy_tile[TILE_SIDE * TILE_SIDE];
+static char copy_log[64];
+
+static void serve_gradient(const RmgImage *image, int x, int y, int mode) {
+    size_t used = strlen(copy_log);
+    int i;
+    if (mode == RMG_TILE_RELEASE) {
+        image->tileInfo->tileData = NULL;
+        return;
+    }
+    if (used + 7 < sizeof copy_log) sprintf(copy_log + used, " (%d,%d)", x, y);
+    if (x < 0 || x > 1 || y < 0 || y > 1) {
+        image->tileInfo->tileData = NULL;
+        return;
+    }
+    for (i = 0; i < TILE_SIDE * TILE_SIDE; ++i)
+        gradient_tiles[y][x][i] = (unsigned char)(16 * (TILE_SIDE * y + i / TILE_SIDE) +
+                                                  TILE_SIDE * x + i % TILE_SIDE);
+    image->tileInfo->tileData = gradient_tiles[y][x];
+}
+
+static void serve_copy_tile(const RmgImage *image, int x, int y, int mode) {
+    (void)x;
+    (void)y;
+    image->tileInfo->tileData = mode == RMG_TILE_RELEASE ? NULL : copy_tile;
+}
+
+static int show_copy(void) {
+    RmgTileInfo *src_tiles = rmgCreateTileInfo(serve_gradient, NULL, TILE_SIDE, TILE_SIDE);
+    RmgTileInfo *dst_tiles = rmgCreateTileInfo(serve_copy_tile, NULL, TILE_SIDE, TILE_SIDE);
+    RmgROI *roi = wrmgCreateROI(0, 12, 12, 6, 8);
+    RmgImage *src = wrmgCreateImageHeader(1, 0, RMG_DEPTH_8U, "GRAY", "GRAY", RMG_DATA_PIXEL,
+                                          RMG_ORIGIN_TL, 4, 16, 16, roi, NULL, src_tiles);
+    RmgImage *dst = wrmgCreateImageHeader(1, 0, RMG_DEPTH_8U, "GRAY", "GRAY", RMG_DATA_PIXEL,
+                                          RMG_ORIGIN_TL, 4, TILE_SIDE, TILE_SIDE, NULL, NULL,
+                                          dst_tiles);
+    int row;
+    if (src_tiles == NULL || dst_tiles == NULL || roi == NULL || src == NULL || dst == NULL) {
+        printf("  no memory\n");
+        return 1;
+    }
+    rmgSetBorderMode(src, RMG_BORDER_REPLICATE, RMG_SIDE_RIGHT, 0);
+    rmgSetBorderMode(src, RMG_BORDER_CONST, RMG_SIDE_BOTTOM, 0xee);
+    memset(copy_tile, 0, sizeof copy_tile);
+    copy_log[0] = '\0';
+    printf("\nA tiled image of 16 x 16 bytes, pixel (x,y) = 16y + x, replicated beyond\n"
+           "its right edge and 0xee below its bottom: wrmgCopy of its 8 x 6 ROI at\n"
+           "(12,12) into a tiled 8 x 8 image (source tiles served:");
+    wrmgCopy(src, dst, NULL);
+    printf("%s):\n", copy_log);
+    for (row = 0; row < 6; ++row) {
+        printf("  row %d (source row %2d): ", row, 12 + row);
+        print_bytes(copy_tile + row * TILE_SIDE, TILE_SIDE);
+        printf("\n");
+    }
+    wrmgDeallocate(src, RMG_DEALLOC_ALL);
+    wrmgDeallocate(dst, RMG_DEALLOC_ALL);
+    return wrmgGetErrStatus() == RMG_StsOk ? 0 : 1;
+}
+
 static void show_error(void) {
     RmgImage *image;
     printf("\nwrmgSet on a header that was created but never given data: the error goes\n"
@@ -136,6 +205,7 @@ static void show_error(void) {
 int main(void) {
     if (show_images() != 0) return 1;
     if (show_tiles() != 0) return 1;
+    if (show_copy() != 0) return 1;
     show_refusal();
     show_error();
     return wrmgGetErrStatus() == RMG_StsBadArg ? 0 : 1;
