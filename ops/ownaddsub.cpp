@@ -20,6 +20,11 @@ void elemRunScalar(int family, const unsigned char *src, unsigned char *dst, siz
     elemLoop(family, src, dst, n, v);
 }
 
+void elemChannelScalar(int family, const unsigned char *src, unsigned char *dst, size_t pixels,
+                       int channels, int channel, int64_t v) {
+    elemChannelLoop(family, src, dst, pixels, channels, channel, v);
+}
+
 }  // namespace rmg
 
 namespace {
@@ -90,18 +95,28 @@ void ownAddSubImages(const RmgImage *srcImage, const RmgImage *dstImage, int fam
         // number of pixels in both images run as one long row; with
         // different numbers (images of different channel counts) the
         // rows go one by one, so that pixel (r, i) meets pixel (r, i).
+        const int pixels = minOf(plan.pixels[0], plan.pixels[1]);
+        const bool longRow = plan.contiguous && plan.pixels[0] == plan.pixels[1];
+        const int count = longRow ? pixels * plan.rows : pixels;
+        const int rows = longRow ? 1 : plan.rows;
+        const int srcChannel = srcImage->roi->coi - 1;
+        const int dstChannel = dstImage->roi->coi - 1;
+        if (plan.nChannels[0] == plan.nChannels[1] && srcChannel == dstChannel) {
+            // The same channel of pixels of one size: the channel kernel,
+            // from each pixel's start.
+            const rmg::ElemChannelFn channel = rmg::kElemChannel.get();
+            const int at = srcChannel * size;
+            for (int r = 0; r < rows; ++r)
+                channel(oneFamily, src + times(r, plan.step[0]) - at,
+                        dst + times(r, plan.step[1]) - at, static_cast<size_t>(count),
+                        plan.nChannels[0], srcChannel, oneValue);
+            break;
+        }
         const int srcStride = plan.nChannels[0] * size;
         const int dstStride = plan.nChannels[1] * size;
-        const int pixels = minOf(plan.pixels[0], plan.pixels[1]);
-        if (plan.contiguous && plan.pixels[0] == plan.pixels[1]) {
-            ownElemsStrided(oneFamily, src, dst, pixels * plan.rows, srcStride, dstStride,
-                            oneValue);
-        } else {
-            for (int r = 0; r < plan.rows; ++r)
-                ownElemsStrided(oneFamily, src + times(r, plan.step[0]),
-                                dst + times(r, plan.step[1]), pixels, srcStride, dstStride,
-                                oneValue);
-        }
+        for (int r = 0; r < rows; ++r)
+            ownElemsStrided(oneFamily, src + times(r, plan.step[0]), dst + times(r, plan.step[1]),
+                            count, srcStride, dstStride, oneValue);
         break;
     }
     case 'D':

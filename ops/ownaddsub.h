@@ -80,6 +80,22 @@ void elemRunAvx2(int family, const unsigned char *src, unsigned char *dst, size_
 constexpr FormTable<ElemRunFn> kElemRun = formTable<ElemRunFn>(
     elemRunScalar, RMG_FORM_SSE2(elemRunSse2), RMG_FORM_AVX2(elemRunAvx2), nullptr);
 
+// One channel of `pixels` pixel-order pixels of `channels` elements, src and
+// dst at the first pixel's start; element `channel` (0-based) of each pixel
+// gets the family's result, the other elements stay as they are.
+using ElemChannelFn = void (*)(int family, const unsigned char *src, unsigned char *dst,
+                               size_t pixels, int channels, int channel, int64_t v);
+
+void elemChannelScalar(int family, const unsigned char *src, unsigned char *dst, size_t pixels,
+                       int channels, int channel, int64_t v);
+void elemChannelSse2(int family, const unsigned char *src, unsigned char *dst, size_t pixels,
+                     int channels, int channel, int64_t v);
+void elemChannelAvx2(int family, const unsigned char *src, unsigned char *dst, size_t pixels,
+                     int channels, int channel, int64_t v);
+
+constexpr FormTable<ElemChannelFn> kElemChannel = formTable<ElemChannelFn>(
+    elemChannelScalar, RMG_FORM_SSE2(elemChannelSse2), RMG_FORM_AVX2(elemChannelAvx2), nullptr);
+
 }  // namespace rmg
 
 // The named families of the 8u and 16u vector kernels, for their shapes.

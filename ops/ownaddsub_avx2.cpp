@@ -47,6 +47,7 @@ struct Avx2 {
     static Vec and_(Vec a, Vec b) { return _mm256_and_si256(a, b); }
     static Vec or_(Vec a, Vec b) { return _mm256_or_si256(a, b); }
     static Vec andNot(Vec a, Vec b) { return _mm256_andnot_si256(a, b); }
+    static Vec blend(Vec old, Vec fresh, Vec mask) { return _mm256_blendv_epi8(old, fresh, mask); }
 
     // Four lanes at a time in double precision (see the SSE2 form).
     static __m128i subHalf(__m128i x, __m256d v, int reversed) {
@@ -68,6 +69,11 @@ struct Avx2 {
 
 void elemRunAvx2(int family, const unsigned char *src, unsigned char *dst, size_t n, int64_t v) {
     elemRunVector<Avx2>(family, src, dst, n, v);
+}
+
+void elemChannelAvx2(int family, const unsigned char *src, unsigned char *dst, size_t pixels,
+                    int channels, int channel, int64_t v) {
+    elemChannelVector<Avx2>(family, src, dst, pixels, channels, channel, v);
 }
 
 }  // namespace rmg

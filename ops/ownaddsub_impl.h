@@ -214,6 +214,14 @@ inline void elemLoop(int family, const unsigned char *src, unsigned char *dst, s
     elemLoop(family, src, dst, n, v, size, size);
 }
 
+// One channel of pixel-order pixels, src and dst at the first pixel's start.
+inline void elemChannelLoop(int family, const unsigned char *src, unsigned char *dst,
+                            size_t pixels, int channels, int channel, int64_t v) {
+    const auto size = static_cast<ptrdiff_t>(familySize(family));
+    const ptrdiff_t at = channel * size;
+    elemLoop(family, src + at, dst + at, pixels, v, channels * size, channels * size);
+}
+
 #if RMG_CPU_X86
 
 // ---------------------------------------------------------------------------
@@ -221,8 +229,9 @@ inline void elemLoop(int family, const unsigned char *src, unsigned char *dst, s
 //   Vec, kBytes, zero(), loadu(p), store(p, v), storeu(p, v), set8/16/32,
 //   add16, sub16, add32, unpackLo8, unpackHi8, packUs16, addsU8, subsU8,
 //   addsU16, subsU16, addsS8, subsS8, addsS16, subsS16, cmpGt32, and_, or_,
-//   andNot (~a & b), subDouble32(x, v, reversed) (the 32s subtraction of
-//   each lane through double precision).
+//   andNot (~a & b), blend(old, new, mask) (new where the mask's bytes are
+//   0xFF), subDouble32(x, v, reversed) (the 32s subtraction of each lane
+//   through double precision).
 // Each vector step below gives, lane by lane, what elemOne gives.
 // ---------------------------------------------------------------------------
 
@@ -237,6 +246,7 @@ enum StepKind : int {
     kAddsU8,        // saturating byte and word steps
     kSubsU8,
     kRevSubsU8,     // c - e
+    kRevTwoU8,      // adds(subs(c, e), d)
     kAddsU16,
     kSubsU16,
     kRevU16,        // adds(subs(c, e), d)
@@ -284,6 +294,23 @@ inline Step signedStep(bool rev, int64_t v, int bits) {
     else
         kind = rev ? kRevTwoS16 : kTwoAddsS16;
     return Step{kind, static_cast<int32_t>(c), static_cast<int32_t>(d), 0, 0, 0};
+}
+
+// 8u in 32-bit arithmetic, clamp(int32(e + v)) (add) or clamp(int32(v - e))
+// (rev) to 0..255: byte steps, a constant, or the plain loop where the
+// 32-bit sum wraps for some element.
+inline Step fullStep8u(bool rev, int64_t v) {
+    const int64_t reachLow = rev ? v - 255 : v;
+    const int64_t reachHigh = rev ? v : v + 255;
+    if (reachLow < kInt32Min || reachHigh > kInt32Max) return Step{kScalar, 0, 0, 0, 0, 0};
+    if (reachLow >= 255) return Step{kConst, 255, 0, 0, 0, 0};
+    if (reachHigh <= 0) return Step{kConst, 0, 0, 0, 0, 0};
+    const auto w = static_cast<int32_t>(v);
+    if (!rev) return w >= 0 ? Step{kAddsU8, w, 0, 0, 0, 0} : Step{kSubsU8, -w, 0, 0, 0, 0};
+    // v - e = (255 - e) + (v - 255) for v above 255: the first step can't
+    // saturate, the second saturates at the top only.
+    if (w <= 255) return Step{kRevSubsU8, w, 0, 0, 0, 0};
+    return Step{kRevTwoU8, 255, w - 255, 0, 0, 0};
 }
 
 inline Step stepOf(int family, int64_t v) {
@@ -343,6 +370,12 @@ inline Step stepOf(int family, int64_t v) {
         return Step{kAndNot, static_cast<uint8_t>(v), 0, 0, 0, 0};
     case kNotAnd1u:
         return Step{kNotAnd, static_cast<uint8_t>(v), 0, 0, 0, 0};
+    case kAdd8uFull:
+        return fullStep8u(false, static_cast<int32_t>(v));
+    case kSub8uFull:
+        return fullStep8u(false, wrapSub(0, static_cast<int32_t>(v)));
+    case kRevSub8uFull:
+        return fullStep8u(true, static_cast<int32_t>(v));
     default:
         return Step{kScalar, 0, 0, 0, 0, 0};
     }
@@ -387,6 +420,8 @@ struct VecStep {
             return V::subsU8(e, c);
         case kRevSubsU8:
             return V::subsU8(c, e);
+        case kRevTwoU8:
+            return V::addsU8(V::subsU8(c, e), d);
         case kAddsU16:
             return V::addsU16(e, c);
         case kSubsU16:
@@ -462,19 +497,77 @@ void runVector(const unsigned char *src, unsigned char *dst, size_t n, int64_t v
     elemLoopOf<Family>(src + i * size, dst + i * size, n - i, value);
 }
 
+// One channel of `pixels` pixel-order pixels of `channels` (2 to 4)
+// elements, src and dst at the first pixel's start: blocks of three
+// vectors, a whole number of pixels, go through the step on every lane and
+// are merged into the destination under a mask of the channel's bytes (the
+// other bytes of the destination's pixels are written back with their own
+// values); the pixels after the last block one by one.
+template <class V, int Kind, int Family>
+void channelVector(const unsigned char *src, unsigned char *dst, size_t pixels, int channels,
+                   int channel, int64_t value, const Step &step) {
+    const size_t size = familySize(Family);
+    const size_t pixel = static_cast<size_t>(channels) * size;
+    const size_t block = 3 * V::kBytes;
+    const size_t blocks = pixels * pixel / block;
+    if (blocks > 0) {
+        unsigned char masks[3 * V::kBytes];
+        for (size_t t = 0; t < block; ++t)
+            masks[t] = (t % pixel) / size == static_cast<size_t>(channel) ? 0xFF : 0x00;
+        const VecStep<V, Kind> op(step, size);
+        const typename V::Vec m0 = V::loadu(masks);
+        const typename V::Vec m1 = V::loadu(masks + V::kBytes);
+        const typename V::Vec m2 = V::loadu(masks + 2 * V::kBytes);
+        for (size_t b = 0; b < blocks; ++b) {
+            const unsigned char *s = src + b * block;
+            unsigned char *t = dst + b * block;
+            const typename V::Vec r0 = op(V::loadu(s));
+            const typename V::Vec r1 = op(V::loadu(s + V::kBytes));
+            const typename V::Vec r2 = op(V::loadu(s + 2 * V::kBytes));
+            V::storeu(t, V::blend(V::loadu(t), r0, m0));
+            V::storeu(t + V::kBytes, V::blend(V::loadu(t + V::kBytes), r1, m1));
+            V::storeu(t + 2 * V::kBytes, V::blend(V::loadu(t + 2 * V::kBytes), r2, m2));
+        }
+    }
+    const size_t done = blocks * block / pixel;
+    const size_t at = done * pixel + static_cast<size_t>(channel) * size;
+    elemLoopOf<Family>(src + at, dst + at, pixels - done, value, static_cast<ptrdiff_t>(pixel),
+                       static_cast<ptrdiff_t>(pixel));
+}
+
+// The arguments of one call of a vector form: a run (channels 0) or one
+// channel of pixels.
+struct VecCall {
+    const unsigned char *src;
+    unsigned char *dst;
+    size_t n;
+    int channels;
+    int channel;
+    int64_t value;
+};
+
+template <class V, int Kind, int Family>
+void vectorCall(const VecCall &c, const Step &step) {
+    if (c.channels == 0)
+        runVector<V, Kind, Family>(c.src, c.dst, c.n, c.value, step);
+    else
+        channelVector<V, Kind, Family>(c.src, c.dst, c.n, c.channels, c.channel, c.value, step);
+}
+
 template <class V, int Family>
-void runFamily(const unsigned char *src, unsigned char *dst, size_t n, int64_t v) {
-    const Step step = stepOf(Family, v);
+void runFamily(const VecCall &c) {
+    const Step step = stepOf(Family, c.value);
     switch (step.kind) {
-#define RMG_STEP_CASE(k) \
-    case k:              \
-        runVector<V, k, Family>(src, dst, n, v, step); \
+#define RMG_STEP_CASE(k)                       \
+    case k:                                    \
+        vectorCall<V, k, Family>(c, step);     \
         return;
         RMG_STEP_CASE(kWiden8u)
         RMG_STEP_CASE(kWidenRev8u)
         RMG_STEP_CASE(kAddsU8)
         RMG_STEP_CASE(kSubsU8)
         RMG_STEP_CASE(kRevSubsU8)
+        RMG_STEP_CASE(kRevTwoU8)
         RMG_STEP_CASE(kAddsU16)
         RMG_STEP_CASE(kSubsU16)
         RMG_STEP_CASE(kRevU16)
@@ -490,26 +583,53 @@ void runFamily(const unsigned char *src, unsigned char *dst, size_t n, int64_t v
         RMG_STEP_CASE(kNotAnd)
 #undef RMG_STEP_CASE
     default:
-        elemLoopOf<Family>(src, dst, n, v);
+        if (c.channels == 0) {
+            elemLoopOf<Family>(c.src, c.dst, c.n, c.value);
+        } else {
+            const auto pixel = static_cast<ptrdiff_t>(c.channels * familySize(Family));
+            const ptrdiff_t at = static_cast<ptrdiff_t>(c.channel * familySize(Family));
+            elemLoopOf<Family>(c.src + at, c.dst + at, c.n, c.value, pixel, pixel);
+        }
         return;
+    }
+}
+
+// A call of a vector form: the family's loop compiled for it. The zero
+// store has no arithmetic and reads nothing: the plain loop.
+template <class V>
+void elemCallVector(int family, const VecCall &c) {
+    switch (family) {
+#define RMG_FAMILY_CASE(f)        \
+    case f:                       \
+        runFamily<V, f>(c);       \
+        return;
+        RMG_ARITH_FAMILIES(RMG_FAMILY_CASE)
+#undef RMG_FAMILY_CASE
+    default: {
+        const ptrdiff_t size = static_cast<ptrdiff_t>(familySize(family));
+        const ptrdiff_t pixel = c.channels == 0 ? size : c.channels * size;
+        const ptrdiff_t at = c.channels == 0 ? 0 : c.channel * size;
+        elemLoop(family, c.src + at, c.dst + at, c.n, c.value, pixel, pixel);
+        return;
+    }
     }
 }
 
 template <class V>
 void elemRunVector(int family, const unsigned char *src, unsigned char *dst, size_t n,
                    int64_t v) {
-    switch (family) {
-#define RMG_FAMILY_CASE(f)               \
-    case f:                              \
-        runFamily<V, f>(src, dst, n, v); \
-        return;
-        RMG_ARITH_FAMILIES(RMG_FAMILY_CASE)
-#undef RMG_FAMILY_CASE
-    default:
-        // The zero store: no arithmetic, the source not read.
-        elemLoop(family, src, dst, n, v);
+    elemCallVector<V>(family, VecCall{src, dst, n, 0, 0, v});
+}
+
+// One channel with vectors for 2 to 4 channels; other counts one by one.
+template <class V>
+void elemChannelVector(int family, const unsigned char *src, unsigned char *dst, size_t pixels,
+                       int channels, int channel, int64_t v) {
+    if (channels < 2 || channels > 4) {
+        elemChannelLoop(family, src, dst, pixels, channels, channel, v);
         return;
     }
+    elemCallVector<V>(family, VecCall{src, dst, pixels, channels, channel, v});
 }
 
 #endif  // RMG_CPU_X86

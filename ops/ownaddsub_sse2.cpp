@@ -43,6 +43,9 @@ struct Sse2 {
     static Vec and_(Vec a, Vec b) { return _mm_and_si128(a, b); }
     static Vec or_(Vec a, Vec b) { return _mm_or_si128(a, b); }
     static Vec andNot(Vec a, Vec b) { return _mm_andnot_si128(a, b); }
+    static Vec blend(Vec old, Vec fresh, Vec mask) {
+        return _mm_or_si128(_mm_and_si128(mask, fresh), _mm_andnot_si128(mask, old));
+    }
 
     // Two lanes at a time in double precision: the difference of two 32-bit
     // integers is exact there, and limiting it before the truncating
@@ -65,6 +68,11 @@ struct Sse2 {
 
 void elemRunSse2(int family, const unsigned char *src, unsigned char *dst, size_t n, int64_t v) {
     elemRunVector<Sse2>(family, src, dst, n, v);
+}
+
+void elemChannelSse2(int family, const unsigned char *src, unsigned char *dst, size_t pixels,
+                    int channels, int channel, int64_t v) {
+    elemChannelVector<Sse2>(family, src, dst, pixels, channels, channel, v);
 }
 
 }  // namespace rmg

@@ -231,4 +231,55 @@ TEST(ElemKernels, VectorFormsAgreeWithScalarForEveryLengthAndAlignment) {
     }
 }
 
+// One channel of pixels: every vector form against the scalar form, which
+// touches the channel's elements alone; for 2, 3 and 4 channels, every
+// channel, pixel counts 0 to 130 and many alignments, in place too.
+TEST(ElemKernels, ChannelFormsAgreeWithScalar) {
+    std::mt19937 rng(77);
+    for (int form : rmgtest::runnableForms()) {
+        if (form == rmg::kFormScalar) continue;
+        for (int family = 0; family < rmg::kElemFamilyCount; ++family) {
+            const std::vector<int64_t> values = valuesFor(family);
+            const size_t size = static_cast<size_t>(rmg::elemFamilySize(family));
+            size_t k = 0;
+            for (int channels = 1; channels <= 5; ++channels) {
+                for (int channel = 0; channel < channels; ++channel) {
+                    for (size_t pixels = 0; pixels <= 130; pixels += 1 + pixels / 16) {
+                        const int srcAlign = static_cast<int>((pixels * 5 + channel) % 64);
+                        const int dstAlign = static_cast<int>((pixels * 3 + channels) % 64);
+                        const bool inPlace = (pixels + channel) % 4 == 0;
+                        const int64_t v = values[k++ % values.size()];
+                        const size_t bytes = pixels * static_cast<size_t>(channels) * size;
+                        Block src(static_cast<size_t>(srcAlign) + bytes);
+                        Block dst(static_cast<size_t>(dstAlign) + bytes);
+                        randomBytes(src.data, src.size, rng);
+                        randomBytes(dst.data, dst.size, rng);
+                        const std::vector<uint8_t> start(dst.data, dst.data + dst.size);
+                        uint8_t *from = inPlace ? dst.data + dstAlign : src.data + srcAlign;
+                        uint8_t *to = dst.data + dstAlign;
+                        rmg::kElemChannel.at(rmg::kFormScalar)(family, from, to, pixels, channels,
+                                                               channel, v);
+                        const std::vector<uint8_t> want(dst.data, dst.data + dst.size);
+                        if (dst.size != 0) std::memcpy(dst.data, start.data(), dst.size);
+                        rmg::kElemChannel.at(form)(family, from, to, pixels, channels, channel, v);
+                        ASSERT_EQ(std::vector<uint8_t>(dst.data, dst.data + dst.size), want)
+                            << rmg::cpuFormName(form) << " family " << family << " channels "
+                            << channels << " channel " << channel << " pixels " << pixels
+                            << " v " << v << (inPlace ? " in place" : "");
+                        // The scalar form leaves the other channels alone.
+                        for (size_t p = 0; p < pixels; ++p)
+                            for (int c = 0; c < channels; ++c)
+                                if (c != channel)
+                                    for (size_t b = 0; b < size; ++b) {
+                                        const size_t at = static_cast<size_t>(dstAlign) +
+                                                          (p * channels + c) * size + b;
+                                        ASSERT_EQ(want[at], start[at]);
+                                    }
+                    }
+                }
+            }
+        }
+    }
+}
+
 }  // namespace
