@@ -22,9 +22,9 @@ constexpr Size kSizes[] = {{"3840x2160x3", 2160, 3840}, {"512x512x3", 512, 512}}
 
 // A header of `channels` channels over part `part` of the arena.
 RmgImage *header(const Size &size, int channels, int part, RmgROI *roi) {
-    RmgImage *image = rmgCreateImageHeader(channels, 0, RMG_DEPTH_8U, "RGB", "BGR",
-                                           RMG_DATA_PIXEL, RMG_ORIGIN_TL, 8, size.height,
-                                           size.width, roi, nullptr, nullptr);
+    RmgImage *image =
+        rmgCreateImageHeader(channels, 0, RMG_DEPTH_8U, "RGB", "BGR", RMG_DATA_PIXEL, RMG_ORIGIN_TL,
+                             8, size.height, size.width, roi, nullptr, nullptr);
     if (image == nullptr) std::abort();
     const size_t whole = static_cast<size_t>(
         rmgWidthStep(RMG_DATA_PIXEL, RMG_DEPTH_8U, 8, 3, size.width) * size.height);

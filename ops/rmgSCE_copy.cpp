@@ -158,9 +158,9 @@ void pairOneTiled(const rmg::PairOperation &op, RmgImage *srcImage, RmgImage *ds
 void pairBothTiled(const rmg::PairOperation &op, RmgImage *srcImage, RmgImage *dstImage,
                    const int *tile) {
     rmg::TileWalk walk;
-    if (ownTileRectPair(srcImage, dstImage, &walk.rows, &walk.columns, &walk.xInTile,
-                        &walk.yInTile, &walk.tileHeight, &walk.tileWidth, &walk.firstTileX,
-                        &walk.firstTileY, &walk.nTilesX, &walk.nTilesY) == 0)
+    if (ownTileRectPair(srcImage, dstImage, &walk.rows, &walk.columns, &walk.xInTile, &walk.yInTile,
+                        &walk.tileHeight, &walk.tileWidth, &walk.firstTileX, &walk.firstTileY,
+                        &walk.nTilesX, &walk.nTilesY) == 0)
         return;
 
     const RmgROI *const own = srcImage->roi;
@@ -215,9 +215,9 @@ void copyTileStep(RmgImage *, RmgImage *block, RmgImage *part, int, int) {
     rmgCopy(block, part, nullptr);
 }
 
-template <int Size, typename Src>
-void copyChannel(Src *src, unsigned char *dst, int rows, int columns, int srcRowStep,
-                 int dstRowStep, int srcStep, int dstStep, int channels) {
+template <int Size>
+void copyChannel(const unsigned char *src, unsigned char *dst, int rows, int columns,
+                 int srcRowStep, int dstRowStep, int srcStep, int dstStep, int channels) {
     for (int r = 0; r < rows; ++r) {
         const unsigned char *from = nthRow(src, r, srcRowStep);
         unsigned char *to = nthRow(dst, r, dstRowStep);
@@ -248,17 +248,10 @@ const rmg::PairOperation kCopy = {
     "rmgCopy",
     rmgCopy,
     RMG_TILE_READ,
-    {[](unsigned char *src, unsigned char *dst, int rows, int columns, int srcRowStep,
-        int dstRowStep, int srcX, int dstX) {
-         rmgCopyRegion1u(src, dst, rows, columns, srcRowStep, dstRowStep, srcX, dstX);
-     },
-     [](unsigned char *src, unsigned char *dst, int rows, int rowBytes, int srcRowStep,
-        int dstRowStep, int srcPlaneStep, int dstPlaneStep, int planes) {
-         rmgCopyRows(src, dst, rows, rowBytes, srcRowStep, dstRowStep, srcPlaneStep, dstPlaneStep,
-                     planes);
-     },
-     {copyChannel<1, unsigned char>, copyChannel<2, unsigned char>,
-      copyChannel<4, unsigned char>}},
+    {rmg::pairRow<rmgCopyRegion1u>,
+     rmg::pairRow<rmgCopyRows>,
+     {rmg::pairRow<rmgCopyChannel8>, rmg::pairRow<rmgCopyChannel16>,
+      rmg::pairRow<rmgCopyChannel32>}},
     copyTileStep,
 };
 
@@ -337,8 +330,9 @@ void rmgCopyBits(const unsigned char *src, unsigned char *dst, int srcBit, int d
 void rmgCopyRegion1u(const unsigned char *src, unsigned char *dst, int rows, int columns,
                      int srcRowStep, int dstRowStep, int srcX, int dstX) {
     for (int r = 0; r < rows; ++r)
-        rmgCopyBits(nthRow(src, r, srcRowStep) + (srcX >> 3), nthRow(dst, r, dstRowStep) + (dstX >> 3),
-                    7 - (srcX & 7), 7 - (dstX & 7), columns);
+        rmgCopyBits(nthRow(src, r, srcRowStep) + (srcX >> 3),
+                    nthRow(dst, r, dstRowStep) + (dstX >> 3), 7 - (srcX & 7), 7 - (dstX & 7),
+                    columns);
 }
 
 void rmgCopyRows(const unsigned char *src, unsigned char *dst, int rows, int rowBytes,

@@ -64,6 +64,13 @@ struct PairRows {
                        int srcRowStep, int dstRowStep, int srcStep, int dstStep, int channels);
 };
 
+// A row function of Copy or Exchange as an entry of PairRows: the same
+// arguments with a writable source pointer, and no result.
+template <auto Fn, typename... Args>
+void pairRow(unsigned char *src, unsigned char *dst, Args... args) {
+    Fn(src, dst, args...);
+}
+
 // What one operation does with one part of the grid when both images are
 // tiled: `block` is a plain image of the part's size holding the source's
 // pixels at column x, row y (its ROI has the source's coi and the part's
@@ -112,7 +119,7 @@ void forEachRun(Src *src, Dst *dst, int rows, int rowBytes, int srcRowStep, int 
 // Puts a temporary ROI in place of an image's own for the life of the
 // object, and the image's own back at its end, on every way out.
 class RoiStandIn {
-public:
+  public:
     RoiStandIn(RmgImage *image, RmgROI *standIn) : image_(image), own_(image->roi) {
         image->roi = standIn;
     }
@@ -120,7 +127,7 @@ public:
     RoiStandIn(const RoiStandIn &) = delete;
     RoiStandIn &operator=(const RoiStandIn &) = delete;
 
-private:
+  private:
     RmgImage *image_;
     RmgROI *own_;
 };

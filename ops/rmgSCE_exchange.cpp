@@ -36,8 +36,8 @@ void swapElements(unsigned char *first, unsigned char *second, int count, int fi
 }
 
 template <int Size>
-void exchangeChannels(unsigned char *src, unsigned char *dst, int rows, int columns,
-                      int srcRowStep, int dstRowStep, int srcStep, int dstStep, int channels) {
+void exchangeChannels(unsigned char *src, unsigned char *dst, int rows, int columns, int srcRowStep,
+                      int dstRowStep, int srcStep, int dstStep, int channels) {
     for (int r = 0; r < rows; ++r) {
         unsigned char *a = nthRow(src, r, srcRowStep);
         unsigned char *b = nthRow(dst, r, dstRowStep);
@@ -63,16 +63,10 @@ const rmg::PairOperation kExchange = {
     "rmgExchange",
     rmgExchange,
     RMG_TILE_WRITE,
-    {[](unsigned char *src, unsigned char *dst, int rows, int columns, int srcRowStep,
-        int dstRowStep, int srcX, int dstX) {
-         ownExchangeBits(src, dst, rows, columns, srcRowStep, dstRowStep, srcX, dstX);
-     },
-     [](unsigned char *src, unsigned char *dst, int rows, int rowBytes, int srcRowStep,
-        int dstRowStep, int srcPlaneStep, int dstPlaneStep, int planes) {
-         ownExchangeRows(src, dst, rows, rowBytes, srcRowStep, dstRowStep, srcPlaneStep,
-                         dstPlaneStep, planes);
-     },
-     {exchangeChannels<1>, exchangeChannels<2>, exchangeChannels<4>}},
+    {rmg::pairRow<ownExchangeBits>,
+     rmg::pairRow<ownExchangeRows>,
+     {rmg::pairRow<ownExchangeChannels8>, rmg::pairRow<ownExchangeChannels16>,
+      rmg::pairRow<ownExchangeChannels32>}},
     exchangeTileStep,
 };
 
@@ -104,9 +98,8 @@ int ownExchangeBits(unsigned char *src, unsigned char *dst, int rows, int column
     return rows;
 }
 
-int ownExchangeRows(unsigned char *src, unsigned char *dst, int rows, int rowBytes,
-                    int srcRowStep, int dstRowStep, int srcPlaneStep, int dstPlaneStep,
-                    int planes) {
+int ownExchangeRows(unsigned char *src, unsigned char *dst, int rows, int rowBytes, int srcRowStep,
+                    int dstRowStep, int srcPlaneStep, int dstPlaneStep, int planes) {
     if (planes < 1) return 0;
     rmg::forEachRun(src, dst, rows, rowBytes, srcRowStep, dstRowStep, srcPlaneStep, dstPlaneStep,
                     planes, rmgSwapBytes);
@@ -114,22 +107,19 @@ int ownExchangeRows(unsigned char *src, unsigned char *dst, int rows, int rowByt
 }
 
 void ownExchangeChannels8(unsigned char *src, unsigned char *dst, int rows, int columns,
-                          int srcRowStep, int dstRowStep, int srcStep, int dstStep,
-                          int channels) {
+                          int srcRowStep, int dstRowStep, int srcStep, int dstStep, int channels) {
     exchangeChannels<1>(src, dst, rows, columns, srcRowStep, dstRowStep, srcStep, dstStep,
                         channels);
 }
 
 void ownExchangeChannels16(unsigned char *src, unsigned char *dst, int rows, int columns,
-                           int srcRowStep, int dstRowStep, int srcStep, int dstStep,
-                           int channels) {
+                           int srcRowStep, int dstRowStep, int srcStep, int dstStep, int channels) {
     exchangeChannels<2>(src, dst, rows, columns, srcRowStep, dstRowStep, srcStep, dstStep,
                         channels);
 }
 
 void ownExchangeChannels32(unsigned char *src, unsigned char *dst, int rows, int columns,
-                           int srcRowStep, int dstRowStep, int srcStep, int dstStep,
-                           int channels) {
+                           int srcRowStep, int dstRowStep, int srcStep, int dstStep, int channels) {
     exchangeChannels<4>(src, dst, rows, columns, srcRowStep, dstRowStep, srcStep, dstStep,
                         channels);
 }

@@ -12,22 +12,18 @@ int ownExchangeBits(unsigned char *src, unsigned char *dst, int rows, int column
 
 // Each of `planes` planes, each row: rmgSwapBytes of `rowBytes` bytes.
 // Returns `planes`, or 0 below 1.
-int ownExchangeRows(unsigned char *src, unsigned char *dst, int rows, int rowBytes,
-                    int srcRowStep, int dstRowStep, int srcPlaneStep, int dstPlaneStep,
-                    int planes);
+int ownExchangeRows(unsigned char *src, unsigned char *dst, int rows, int rowBytes, int srcRowStep,
+                    int dstRowStep, int srcPlaneStep, int dstPlaneStep, int planes);
 
 // Each row: with `channels` equal to both steps one rmgSwapBytes of
 // columns * channels elements, otherwise `columns` elements, element i at
 // i * srcStep and element i at i * dstStep changing places (steps in
 // elements), for i from 0 upwards.
 void ownExchangeChannels8(unsigned char *src, unsigned char *dst, int rows, int columns,
-                          int srcRowStep, int dstRowStep, int srcStep, int dstStep,
-                          int channels);
+                          int srcRowStep, int dstRowStep, int srcStep, int dstStep, int channels);
 void ownExchangeChannels16(unsigned char *src, unsigned char *dst, int rows, int columns,
-                           int srcRowStep, int dstRowStep, int srcStep, int dstStep,
-                           int channels);
+                           int srcRowStep, int dstRowStep, int srcStep, int dstStep, int channels);
 void ownExchangeChannels32(unsigned char *src, unsigned char *dst, int rows, int columns,
-                           int srcRowStep, int dstRowStep, int srcStep, int dstStep,
-                           int channels);
+                           int srcRowStep, int dstRowStep, int srcStep, int dstStep, int channels);
 
 #endif

@@ -11,9 +11,9 @@ constexpr CopyForms kCopyScalar = {copyForward, swapForward, copyStridedScalar};
 
 namespace {
 
-constexpr FormTable<const CopyForms *> kCopy = formTable<const CopyForms *>(
-    &kCopyScalar, RMG_FORM_SSE2(&kCopySse2), RMG_FORM_AVX2(&kCopyAvx2),
-    RMG_FORM_AVX512(&kCopyAvx512));
+constexpr FormTable<const CopyForms *> kCopy =
+    formTable<const CopyForms *>(&kCopyScalar, RMG_FORM_SSE2(&kCopySse2), RMG_FORM_AVX2(&kCopyAvx2),
+                                 RMG_FORM_AVX512(&kCopyAvx512));
 
 }  // namespace
 }  // namespace rmg
@@ -30,8 +30,7 @@ void rmgSwapBytes(void *first, void *second, int count) {
                                static_cast<unsigned char *>(second), static_cast<size_t>(count));
 }
 
-void rmgCopyStrided(const void *src, void *dst, int count, int srcStride, int dstStride,
-                    int size) {
+void rmgCopyStrided(const void *src, void *dst, int count, int srcStride, int dstStride, int size) {
     if (count > 0)
         rmg::kCopy.get()->copyStrided(static_cast<const unsigned char *>(src),
                                       static_cast<unsigned char *>(dst), static_cast<size_t>(count),

@@ -29,8 +29,7 @@ void rmgSwapBytes(void *first, void *second, int count);
 // upwards, the element at src + i * srcStride is read whole and written
 // whole to dst + i * dstStride. Strides are at least `size`. A count of 0
 // or below copies nothing.
-void rmgCopyStrided(const void *src, void *dst, int count, int srcStride, int dstStride,
-                    int size);
+void rmgCopyStrided(const void *src, void *dst, int count, int srcStride, int dstStride, int size);
 
 namespace rmg {
 

@@ -102,15 +102,15 @@ inline void copyEach(const unsigned char *src, unsigned char *dst, size_t count,
 inline void copyStridedLoop(const unsigned char *src, unsigned char *dst, size_t count,
                             ptrdiff_t srcStride, ptrdiff_t dstStride, int size) {
     switch (size) {
-    case 1:
-        copyEach<uint8_t>(src, dst, count, srcStride, dstStride);
-        break;
-    case 2:
-        copyEach<uint16_t>(src, dst, count, srcStride, dstStride);
-        break;
-    default:
-        copyEach<uint32_t>(src, dst, count, srcStride, dstStride);
-        break;
+        case 1:
+            copyEach<uint8_t>(src, dst, count, srcStride, dstStride);
+            break;
+        case 2:
+            copyEach<uint16_t>(src, dst, count, srcStride, dstStride);
+            break;
+        default:
+            copyEach<uint32_t>(src, dst, count, srcStride, dstStride);
+            break;
     }
 }
 
@@ -144,30 +144,27 @@ inline void stringCopy(const unsigned char *src, unsigned char *dst, size_t byte
     __asm__ volatile("rep movsb" : "+S"(src), "+D"(dst), "+c"(bytes) : : "memory");
 }
 
-// Fewer than 16 bytes, with overlapping loads and stores from both ends;
-// every load comes before the first store.
+// The first and the last sizeof(T) bytes of a run of at least that many
+// and at most twice as many: both loads before the stores.
+template <typename T>
+inline void copyEnds(const unsigned char *src, unsigned char *dst, size_t bytes) {
+    T a, b;
+    std::memcpy(&a, src, sizeof a);
+    std::memcpy(&b, src + bytes - sizeof b, sizeof b);
+    std::memcpy(dst, &a, sizeof a);
+    std::memcpy(dst + bytes - sizeof b, &b, sizeof b);
+}
+
+// Fewer than 16 bytes, with overlapping loads and stores from both ends.
 inline void copyBelow16(const unsigned char *src, unsigned char *dst, size_t bytes) {
-    if (bytes >= 8) {
-        uint64_t a, b;
-        std::memcpy(&a, src, 8);
-        std::memcpy(&b, src + bytes - 8, 8);
-        std::memcpy(dst, &a, 8);
-        std::memcpy(dst + bytes - 8, &b, 8);
-    } else if (bytes >= 4) {
-        uint32_t a, b;
-        std::memcpy(&a, src, 4);
-        std::memcpy(&b, src + bytes - 4, 4);
-        std::memcpy(dst, &a, 4);
-        std::memcpy(dst + bytes - 4, &b, 4);
-    } else if (bytes >= 2) {
-        uint16_t a, b;
-        std::memcpy(&a, src, 2);
-        std::memcpy(&b, src + bytes - 2, 2);
-        std::memcpy(dst, &a, 2);
-        std::memcpy(dst + bytes - 2, &b, 2);
-    } else if (bytes == 1) {
+    if (bytes >= 8)
+        copyEnds<uint64_t>(src, dst, bytes);
+    else if (bytes >= 4)
+        copyEnds<uint32_t>(src, dst, bytes);
+    else if (bytes >= 2)
+        copyEnds<uint16_t>(src, dst, bytes);
+    else if (bytes == 1)
         *dst = *src;
-    }
 }
 
 // Fewer than 16 bytes of a swap: pieces of 8, 4, 2 and 1 bytes one after
@@ -346,9 +343,8 @@ constexpr ChannelShuffles makeChannelShuffles() {
             for (int k = 0; k < 4; ++k) {
                 for (int o = 0; o < 16; ++o) {
                     const int from = (o / size) * stride + o % size;
-                    t.gather[s][c - 2][k][o] =
-                        static_cast<unsigned char>(from >= 16 * k && from < 16 * k + 16 ? from - 16 * k
-                                                                                        : 0x80);
+                    t.gather[s][c - 2][k][o] = static_cast<unsigned char>(
+                        from >= 16 * k && from < 16 * k + 16 ? from - 16 * k : 0x80);
                     const int q = 16 * k + o;
                     const bool mine = q % stride < size;
                     t.scatter[s][c - 2][k][o] =
@@ -391,10 +387,26 @@ struct Lanes256 {
     static Vec blend(Vec old, Vec mask, Vec v) { return _mm256_blendv_epi8(old, v, mask); }
 };
 
+// The elements that the passes of a gather or a scatter take, of `count`
+// elements of pixels of `channels` channels: a pass takes 16 bytes of
+// elements a lane and reaches over 16 * channels bytes of pixels a lane
+// from its first element, and runs only while that stays within the span
+// of the pixels' elements. The rest go one by one.
+template <class L>
+size_t channelPassElements(size_t count, int channels, int size) {
+    const size_t stride = static_cast<size_t>(channels) * static_cast<size_t>(size);
+    const size_t perPass = static_cast<size_t>(16 / size) * L::kLanes;
+    const size_t passBytes = static_cast<size_t>(16 * channels) * L::kLanes;
+    const size_t span = stridedSpan(count, static_cast<ptrdiff_t>(stride), size);
+    if (span < passBytes) return 0;
+    const size_t byCount = count / perPass;
+    const size_t bySpan = (span - passBytes) / stride / perPass + 1;
+    return (byCount < bySpan ? byCount : bySpan) * perPass;
+}
+
 // One channel of pixels of `channels` channels packed into elements side
 // by side: each lane makes 16 bytes of elements from 16 * channels bytes of
-// pixels. Passes run while their reads stay within the span of the
-// source's elements; the rest go one by one.
+// pixels.
 template <class L>
 void gatherChannel(const unsigned char *src, unsigned char *dst, size_t count, int channels,
                    int size) {
@@ -402,29 +414,24 @@ void gatherChannel(const unsigned char *src, unsigned char *dst, size_t count, i
     const auto &controls = kChannelShuffles.gather[sizeIndex(size)][channels - 2];
     typename L::Vec control[4];
     for (int k = 0; k < channels; ++k) control[k] = L::table(controls[k]);
-    const size_t perLane = static_cast<size_t>(16 / size);
-    const size_t perPass = perLane * L::kLanes;
-    const size_t span = stridedSpan(count, stride, size);
     const ptrdiff_t laneStep = 16 * channels;
-    const size_t passBytes = static_cast<size_t>(laneStep) * L::kLanes;
-    size_t i = 0;
-    for (; i + perPass <= count && i * static_cast<size_t>(stride) + passBytes <= span;
-         i += perPass) {
+    const size_t done = channelPassElements<L>(count, channels, size);
+    for (size_t i = 0; i < done; i += static_cast<size_t>(16 / size) * L::kLanes) {
         const unsigned char *from = src + static_cast<ptrdiff_t>(i) * stride;
         typename L::Vec packed = L::shuffle(L::load(from, laneStep), control[0]);
         for (int k = 1; k < channels; ++k)
             packed = L::either(packed, L::shuffle(L::load(from + 16 * k, laneStep), control[k]));
         L::store(dst + static_cast<ptrdiff_t>(i) * size, 16, packed);
     }
-    if (i < count)
-        copyStridedLoop(src + static_cast<ptrdiff_t>(i) * stride, dst + static_cast<ptrdiff_t>(i) * size,
-                        count - i, stride, size, size);
+    if (done < count)
+        copyStridedLoop(src + static_cast<ptrdiff_t>(done) * stride,
+                        dst + static_cast<ptrdiff_t>(done) * size, count - done, stride, size,
+                        size);
 }
 
 // Packed elements into one channel of pixels of `channels` channels: each
 // lane spreads 16 bytes of elements over 16 * channels bytes of pixels,
-// keeping the pixels' other bytes. Passes run while their writes stay
-// within the span of the destination's elements.
+// keeping the pixels' other bytes.
 template <class L>
 void scatterChannel(const unsigned char *src, unsigned char *dst, size_t count, int channels,
                     int size) {
@@ -436,14 +443,9 @@ void scatterChannel(const unsigned char *src, unsigned char *dst, size_t count, 
         control[k] = L::table(kChannelShuffles.scatter[s][channels - 2][k]);
         mask[k] = L::table(kChannelShuffles.scatterMask[s][channels - 2][k]);
     }
-    const size_t perLane = static_cast<size_t>(16 / size);
-    const size_t perPass = perLane * L::kLanes;
-    const size_t span = stridedSpan(count, stride, size);
     const ptrdiff_t laneStep = 16 * channels;
-    const size_t passBytes = static_cast<size_t>(laneStep) * L::kLanes;
-    size_t i = 0;
-    for (; i + perPass <= count && i * static_cast<size_t>(stride) + passBytes <= span;
-         i += perPass) {
+    const size_t done = channelPassElements<L>(count, channels, size);
+    for (size_t i = 0; i < done; i += static_cast<size_t>(16 / size) * L::kLanes) {
         const typename L::Vec packed = L::load(src + static_cast<ptrdiff_t>(i) * size, 16);
         unsigned char *to = dst + static_cast<ptrdiff_t>(i) * stride;
         for (int k = 0; k < channels; ++k) {
@@ -452,9 +454,10 @@ void scatterChannel(const unsigned char *src, unsigned char *dst, size_t count, 
                      L::blend(L::load(block, laneStep), mask[k], L::shuffle(packed, control[k])));
         }
     }
-    if (i < count)
-        copyStridedLoop(src + static_cast<ptrdiff_t>(i) * size, dst + static_cast<ptrdiff_t>(i) * stride,
-                        count - i, size, stride, size);
+    if (done < count)
+        copyStridedLoop(src + static_cast<ptrdiff_t>(done) * size,
+                        dst + static_cast<ptrdiff_t>(done) * stride, count - done, size, stride,
+                        size);
 }
 
 #endif  // __AVX2__

@@ -18,8 +18,12 @@ struct Sse2 {
     static Vec loadu(const unsigned char *p) {
         return _mm_loadu_si128(reinterpret_cast<const __m128i *>(p));
     }
-    static void storeu(unsigned char *p, Vec v) { _mm_storeu_si128(reinterpret_cast<__m128i *>(p), v); }
-    static void store(unsigned char *p, Vec v) { _mm_store_si128(reinterpret_cast<__m128i *>(p), v); }
+    static void storeu(unsigned char *p, Vec v) {
+        _mm_storeu_si128(reinterpret_cast<__m128i *>(p), v);
+    }
+    static void store(unsigned char *p, Vec v) {
+        _mm_store_si128(reinterpret_cast<__m128i *>(p), v);
+    }
     static Vec blend(Vec old, Vec mask, Vec v) {
         return _mm_or_si128(_mm_andnot_si128(mask, old), _mm_and_si128(mask, v));
     }

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "support/rmgtest.h"
+
 namespace copytest {
 
 namespace {
@@ -88,6 +90,36 @@ void modelPair(bool exchange, const scetest::Plain &src, const scetest::Plain &d
                     scetest::putElement(*wantSrc, src.guard, src.layout(), s.x + x, s.y + y, sc, b);
             }
     }
+}
+
+std::string headerText(int mask) {
+    char *text = rmgBadHeaderText(mask);
+    std::string s = text;
+    rmgFree(text);
+    return s;
+}
+
+void expectReport(size_t index, int status, const std::string &context,
+                  const std::string &funcName) {
+    ASSERT_LT(index, rmgtest::reports().size());
+    const rmgtest::Report &r = rmgtest::reports()[index];
+    EXPECT_EQ(r.status, status);
+    EXPECT_EQ(r.funcName, funcName);
+    EXPECT_EQ(r.context, context);
+    EXPECT_EQ(r.fileName, "rmgSCE");
+}
+
+void countUp(scetest::Plain &p, int start) {
+    for (int i = 0; i < p.image->imageSize; ++i) p.pixels()[i] = static_cast<uint8_t>(start + i);
+}
+
+std::vector<uint8_t> pixelsOf(scetest::Plain &p) {
+    return std::vector<uint8_t>(p.pixels(), p.pixels() + p.image->imageSize);
+}
+
+std::vector<uint8_t> headerBytes(const RmgImage *image) {
+    const auto *p = reinterpret_cast<const uint8_t *>(image);
+    return std::vector<uint8_t>(p, p + sizeof(RmgImage));
 }
 
 }  // namespace copytest

@@ -6,12 +6,16 @@
 #ifndef RMG_TESTS_OPS_COPYTEST_H
 #define RMG_TESTS_OPS_COPYTEST_H
 
+#include <gtest/gtest.h>
+
 #include <cstdint>
 #include <ostream>
+#include <string>
 #include <vector>
 
 #include "ops/scetest.h"
 #include "rmg.h"
+#include "support/rmgforms.h"
 
 namespace copytest {
 
@@ -29,7 +33,7 @@ std::ostream &operator<<(std::ostream &os, const Call &c);
 // call-back goes through the log to the image's own. The call with number
 // `failAt` (0-based, over all images) that asks for a tile gets null.
 class CallLog {
-public:
+  public:
     CallLog();
     ~CallLog();
     CallLog(const CallLog &) = delete;
@@ -39,7 +43,7 @@ public:
     std::vector<Call> calls;
     int failAt = -1;
 
-private:
+  private:
     static void callBack(const RmgImage *image, int xIndex, int yIndex, int mode);
     std::vector<std::pair<const RmgTileInfo *, char>> names_;
 };
@@ -63,6 +67,32 @@ void putElement(scetest::Tiled &t, int x, int y, int ch, uint32_t value);
 // the smaller size, channel to channel (a coi picks one).
 void modelPair(bool exchange, const scetest::Plain &src, const scetest::Plain &dst,
                std::vector<uint8_t> *wantSrc, std::vector<uint8_t> *wantDst);
+
+// Runs `body(form)` once in each kernel form this processor runs.
+template <typename Body>
+void inEveryForm(Body body) {
+    for (int form : rmgtest::runnableForms()) {
+        rmgtest::ForcedForm forced(form);
+        SCOPED_TRACE(rmg::cpuFormName(form));
+        body(form);
+    }
+}
+
+// The text rmgBadHeaderText gives for a mask.
+std::string headerText(int mask);
+
+// Asserts that report `index` of the recording handler came from the
+// module with these values.
+void expectReport(size_t index, int status, const std::string &context,
+                  const std::string &funcName);
+
+// Pixel bytes start, start + 1, ... in order of memory, padding included.
+void countUp(scetest::Plain &p, int start = 0);
+
+// The pixel bytes of an image, and a header as bytes (to see that a call
+// left it exactly as it was).
+std::vector<uint8_t> pixelsOf(scetest::Plain &p);
+std::vector<uint8_t> headerBytes(const RmgImage *image);
 
 }  // namespace copytest
 

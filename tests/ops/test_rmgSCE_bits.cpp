@@ -55,8 +55,8 @@ TEST(CopyBits, EveryPhasePairAndLengthGivesTheBitCopy) {
                         setBitAt(want, kGuard, firstIndex(dstBit) + i,
                                  bitAt(src, kGuard, firstIndex(srcBit) + i));
                     rmgCopyBits(src.data() + kGuard, dst.data() + kGuard, srcBit, dstBit, count);
-                    ASSERT_EQ(dst, want) << "srcBit " << srcBit << " dstBit " << dstBit << " count "
-                                         << count;
+                    ASSERT_EQ(dst, want)
+                        << "srcBit " << srcBit << " dstBit " << dstBit << " count " << count;
                 }
 }
 
@@ -74,7 +74,8 @@ TEST(CopyBits, ReadsOnlyTheSourceBytesOfTheRun) {
                 Bytes dst = randomBytes(rng, static_cast<size_t>(kGuard + 12));
                 Bytes want = dst;
                 for (int i = 0; i < count; ++i)
-                    setBitAt(want, 0, firstIndex(dstBit) + i, bitAt(pool, 0, firstIndex(srcBit) + i));
+                    setBitAt(want, 0, firstIndex(dstBit) + i,
+                             bitAt(pool, 0, firstIndex(srcBit) + i));
                 rmgCopyBits(exact.get(), dst.data(), srcBit, dstBit, count);
                 ASSERT_EQ(dst, want) << srcBit << " " << dstBit << " " << count;
             }
@@ -117,8 +118,7 @@ TEST(CopyRegion1u, RowsAndBitColumnsAcrossBytes) {
     rmgCopyRegion1u(src.data(), dst.data(), 2, 11, 4, 4, 3, 13);
     Bytes want(8, 0x00);
     for (int r = 0; r < 2; ++r)
-        for (int i = 0; i < 11; ++i)
-            setBitAt(want, 4 * r, 13 + i, bitAt(src, 4 * r, 3 + i));
+        for (int i = 0; i < 11; ++i) setBitAt(want, 4 * r, 13 + i, bitAt(src, 4 * r, 3 + i));
     EXPECT_EQ(dst, want);
 }
 
@@ -140,8 +140,8 @@ TEST(ExchangeBits, EveryPhasePairAndLengthGivesTheBitSwap) {
                         setBitAt(wantSrc, kGuard + 11 * r, srcX + i, b);
                         setBitAt(wantDst, kGuard + 12 * r, dstX + i, a);
                     }
-                const int done = ownExchangeBits(src.data() + kGuard, dst.data() + kGuard, 2,
-                                                 count, 11, 12, srcX, dstX);
+                const int done = ownExchangeBits(src.data() + kGuard, dst.data() + kGuard, 2, count,
+                                                 11, 12, srcX, dstX);
                 EXPECT_EQ(done, 2);
                 ASSERT_EQ(src, wantSrc) << srcX << " " << dstX << " " << count;
                 ASSERT_EQ(dst, wantDst) << srcX << " " << dstX << " " << count;

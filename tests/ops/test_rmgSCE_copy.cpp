@@ -17,6 +17,9 @@ namespace {
 
 using copytest::Call;
 using copytest::CallLog;
+using copytest::countUp;
+using copytest::headerBytes;
+using copytest::headerText;
 using scetest::difference;
 using scetest::Plain;
 using scetest::TileCall;
@@ -28,32 +31,8 @@ constexpr int Rd = RMG_TILE_READ;
 constexpr int Wr = RMG_TILE_WRITE;
 constexpr int Rel = RMG_TILE_RELEASE;
 
-std::string headerText(int mask) {
-    char *text = rmgBadHeaderText(mask);
-    std::string s = text;
-    rmgFree(text);
-    return s;
-}
-
-void expectReport(size_t index, int status, const std::string &context,
-                  const std::string &funcName = "rmgCopy") {
-    ASSERT_LT(index, rmgtest::reports().size());
-    const rmgtest::Report &r = rmgtest::reports()[index];
-    EXPECT_EQ(r.status, status);
-    EXPECT_EQ(r.funcName, funcName);
-    EXPECT_EQ(r.context, context);
-    EXPECT_EQ(r.fileName, "rmgSCE");
-}
-
-// Pixel bytes 0, 1, 2, ... in order of memory, padding included.
-void countUp(Plain &p, int start = 0) {
-    for (int i = 0; i < p.image->imageSize; ++i) p.pixels()[i] = static_cast<uint8_t>(start + i);
-}
-
-// The header as bytes, to see that a call left it exactly as it was.
-std::vector<uint8_t> headerBytes(const RmgImage *image) {
-    const auto *p = reinterpret_cast<const uint8_t *>(image);
-    return std::vector<uint8_t>(p, p + sizeof(RmgImage));
+void expectReport(size_t index, int status, const std::string &context) {
+    copytest::expectReport(index, status, context, "rmgCopy");
 }
 
 // --- The opening ------------------------------------------------------------
@@ -131,11 +110,11 @@ TEST_F(CopyTest, DifferentSizesCopyTheCommonTopLeftPart) {
     countUp(src);
     std::memset(dst.pixels(), 0xEE, 48);
     rmgCopy(src.image, dst.image, nullptr);
-    const std::vector<uint8_t> want = {
-        0,    1,    2,    3,    4,    5,    6,    7,    8,    0xEE, 0xEE, 0xEE,
-        16,   17,   18,   19,   20,   21,   22,   23,   24,   0xEE, 0xEE, 0xEE,
-        32,   33,   34,   35,   36,   37,   38,   39,   40,   0xEE, 0xEE, 0xEE,
-        0xEE, 0xEE, 0xEE, 0xEE, 0xEE, 0xEE, 0xEE, 0xEE, 0xEE, 0xEE, 0xEE, 0xEE};
+    const std::vector<uint8_t> want = {0,    1,    2,    3,    4,    5,    6,    7,    8,    0xEE,
+                                       0xEE, 0xEE, 16,   17,   18,   19,   20,   21,   22,   23,
+                                       24,   0xEE, 0xEE, 0xEE, 32,   33,   34,   35,   36,   37,
+                                       38,   39,   40,   0xEE, 0xEE, 0xEE, 0xEE, 0xEE, 0xEE, 0xEE,
+                                       0xEE, 0xEE, 0xEE, 0xEE, 0xEE, 0xEE, 0xEE, 0xEE};
     EXPECT_EQ(std::vector<uint8_t>(dst.pixels(), dst.pixels() + 48), want);
     EXPECT_TRUE(rmgtest::reports().empty());
 }
@@ -218,8 +197,8 @@ TEST_F(CopyTest, ThirtyTwoBitChannelsWithDifferentSteps) {
     dst.setRoi(1, 0, 0, 1, 3);
     rmgCopy(src.image, dst.image, nullptr);
     EXPECT_EQ(std::vector<uint8_t>(dst.pixels(), dst.pixels() + 24),
-              (std::vector<uint8_t>{12, 13, 14, 15, 0, 0, 0, 0, 28, 29, 30, 31,
-                                    0,  0,  0,  0,  44, 45, 46, 47, 0, 0, 0, 0}));
+              (std::vector<uint8_t>{12, 13, 14, 15, 0,  0,  0,  0,  28, 29, 30, 31,
+                                    0,  0,  0,  0,  44, 45, 46, 47, 0,  0,  0,  0}));
 }
 
 TEST_F(CopyTest, RegionBeyondTheEdgeCopiesNothing) {
@@ -326,8 +305,14 @@ TEST_F(CopyTest, TiledDestinationAsksEachTileToWriteAndCopiesItsPart) {
     dst.setRoi(0, 4, 3, 9, 12);
     src.setRoi(0, 2, 1, 30, 30);
     rmgCopy(src.image, dst.image, nullptr);
-    EXPECT_EQ(dst.calls, (std::vector<TileCall>{{0, 0, Wr}, {0, 0, Rel}, {1, 0, Wr}, {1, 0, Rel},
-                                                {0, 1, Wr}, {0, 1, Rel}, {1, 1, Wr}, {1, 1, Rel}}));
+    EXPECT_EQ(dst.calls, (std::vector<TileCall>{{0, 0, Wr},
+                                                {0, 0, Rel},
+                                                {1, 0, Wr},
+                                                {1, 0, Rel},
+                                                {0, 1, Wr},
+                                                {0, 1, Rel},
+                                                {1, 1, Wr},
+                                                {1, 1, Rel}}));
     for (const auto &entry : dst.tiles) {
         std::vector<uint8_t> want = dst.freshTile(entry.first.first, entry.first.second);
         for (int y = 0; y < 8; ++y)
@@ -337,7 +322,8 @@ TEST_F(CopyTest, TiledDestinationAsksEachTileToWriteAndCopiesItsPart) {
                 if (X >= 4 && X < 16 && Y >= 3 && Y < 12)
                     want[y * 8 + x] = static_cast<uint8_t>((Y - 3 + 1) * 20 + (X - 4 + 2));
             }
-        EXPECT_EQ(difference(entry.second, want), "") << entry.first.first << "," << entry.first.second;
+        EXPECT_EQ(difference(entry.second, want), "")
+            << entry.first.first << "," << entry.first.second;
     }
     EXPECT_EQ(src.image->roi, &src.roi);
     EXPECT_TRUE(rmgtest::reports().empty());
@@ -422,8 +408,14 @@ TEST_F(CopyTest, TiledSourceAsksEachTileToReadAndIgnoresTile) {
     const std::vector<uint8_t> dstHeader = headerBytes(dst.image);
     const int tile[2] = {7, 7};
     rmgCopy(src.image, dst.image, tile);
-    EXPECT_EQ(src.calls, (std::vector<TileCall>{{0, 0, Rd}, {0, 0, Rel}, {1, 0, Rd}, {1, 0, Rel},
-                                                {0, 1, Rd}, {0, 1, Rel}, {1, 1, Rd}, {1, 1, Rel}}));
+    EXPECT_EQ(src.calls, (std::vector<TileCall>{{0, 0, Rd},
+                                                {0, 0, Rel},
+                                                {1, 0, Rd},
+                                                {1, 0, Rel},
+                                                {0, 1, Rd},
+                                                {0, 1, Rel},
+                                                {1, 1, Rd},
+                                                {1, 1, Rel}}));
     // The source's region of 10 x 10 at (6, 6) in parts of 2 and 8 into
     // the destination's region from (1, 2), whose own ROI is larger.
     std::vector<uint8_t> want = dst.block;
@@ -478,10 +470,9 @@ TEST_F(CopyTest, BothTiledReadsEachPartThroughABlock) {
     for (int y = 0; y < 8; ++y)
         for (int x = 0; x < 16; ++x) {
             const bool in = x >= 4 && x < 12 && y < 4;
-            EXPECT_EQ(dst.element(x, y, 0),
-                      in ? src.element(x - 4, y, 0)
-                         : scetest::getElement(dst.freshTile(x / 8, 0), 0, dst.tileLayout(), x % 8,
-                                               y, 0))
+            EXPECT_EQ(dst.element(x, y, 0), in ? src.element(x - 4, y, 0)
+                                               : scetest::getElement(dst.freshTile(x / 8, 0), 0,
+                                                                     dst.tileLayout(), x % 8, y, 0))
                 << x << "," << y;
         }
     EXPECT_EQ(headerBytes(src.image), srcHeader);
@@ -508,9 +499,9 @@ TEST_F(CopyTest, BothTiledReadsAcrossSourceTilesAndApartFromTheEdge) {
                                             {'D', 0, 0, Rel}}));
     for (int y = 0; y < 8; ++y)
         for (int x = 0; x < 16; ++x)
-            EXPECT_EQ(dst.element(x, y, 0),
-                      x < 8 ? src.element(4 + x, 4 + y, 1)
-                            : scetest::getElement(dst.freshTile(0, 0), 0, dst.tileLayout(), x, y, 0))
+            EXPECT_EQ(dst.element(x, y, 0), x < 8 ? src.element(4 + x, 4 + y, 1)
+                                                  : scetest::getElement(dst.freshTile(0, 0), 0,
+                                                                        dst.tileLayout(), x, y, 0))
                 << x << "," << y;
 }
 
@@ -523,7 +514,8 @@ TEST_F(CopyTest, BothTiledBorderRuleFillsBeyondTheSourcesEdge) {
     rmgCopy(src.image, dst.image, nullptr);
     for (int y = 0; y < 4; ++y)
         for (int x = 0; x < 8; ++x)
-            EXPECT_EQ(dst.element(x, y, 0), src.element(x < 4 ? 12 + x : 15, y, 0)) << x << "," << y;
+            EXPECT_EQ(dst.element(x, y, 0), src.element(x < 4 ? 12 + x : 15, y, 0))
+                << x << "," << y;
     // The tile beyond the edge isn't asked for: the rule reads column 15.
     for (const TileCall &c : src.calls) EXPECT_EQ(c.x, 1);
 }
@@ -574,8 +566,9 @@ TEST_F(CopyTest, BothTiledTileRestrictsTheDestinationsWalk) {
     EXPECT_TRUE(log.calls.empty());
     const int first[2] = {0, 1};
     rmgCopy(src.image, dst.image, first);
-    EXPECT_EQ(log.calls,
-              (std::vector<Call>{{'D', 0, 0, Wr}, {'S', 0, 0, Rd}, {'S', 0, 0, Rel}, {'D', 0, 0, Rel}}));
+    EXPECT_EQ(
+        log.calls,
+        (std::vector<Call>{{'D', 0, 0, Wr}, {'S', 0, 0, Rd}, {'S', 0, 0, Rel}, {'D', 0, 0, Rel}}));
     EXPECT_TRUE(rmgtest::reports().empty());
 }
 

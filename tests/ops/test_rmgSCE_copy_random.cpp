@@ -29,21 +29,13 @@ using scetest::Plain;
 using scetest::TileCall;
 using scetest::Tiled;
 
-const unsigned int kDepths[] = {RMG_DEPTH_1U,  RMG_DEPTH_8U,  RMG_DEPTH_16U,
-                                RMG_DEPTH_8S,  RMG_DEPTH_16S, RMG_DEPTH_32S};
+const unsigned int kDepths[] = {RMG_DEPTH_1U, RMG_DEPTH_8U,  RMG_DEPTH_16U,
+                                RMG_DEPTH_8S, RMG_DEPTH_16S, RMG_DEPTH_32S};
 const int kTileSizes[] = {8, 16, 24};
 
-class CopyRandomTest : public rmgtest::ErrorStateTest {
-protected:
-    template <typename Body>
-    void inEveryForm(Body body) {
-        for (int form : rmgtest::runnableForms()) {
-            rmgtest::ForcedForm forced(form);
-            SCOPED_TRACE(rmg::cpuFormName(form));
-            body(form);
-        }
-    }
-};
+class CopyRandomTest : public rmgtest::ErrorStateTest {};
+
+using copytest::inEveryForm;
 
 int pick(std::mt19937 &rng, int low, int high) {
     return std::uniform_int_distribution<int>(low, high)(rng);
@@ -134,11 +126,13 @@ Side randomSide(std::mt19937 &rng, int maxHeight, int maxWidth, bool anywhere) {
 }
 
 void applyRoi(Plain &p, const Side &s) {
-    if (s.roi.width != 0) p.setRoi(s.roi.coi, s.roi.xOffset, s.roi.yOffset, s.roi.height, s.roi.width);
+    if (s.roi.width != 0)
+        p.setRoi(s.roi.coi, s.roi.xOffset, s.roi.yOffset, s.roi.height, s.roi.width);
 }
 
 void applyRoi(Tiled &t, const Side &s) {
-    if (s.roi.width != 0) t.setRoi(s.roi.coi, s.roi.xOffset, s.roi.yOffset, s.roi.height, s.roi.width);
+    if (s.roi.width != 0)
+        t.setRoi(s.roi.coi, s.roi.xOffset, s.roi.yOffset, s.roi.height, s.roi.width);
 }
 
 void run(bool exchange, RmgImage *src, RmgImage *dst) {
@@ -168,11 +162,10 @@ TEST_F(CopyRandomTest, PlainPairsAgreeWithTheModel) {
             std::vector<uint8_t> wantSrc, wantDst;
             copytest::modelPair(exchange, src, dst, &wantSrc, &wantDst);
             run(exchange, src.image, dst.image);
-            const std::string note = std::string(exchange ? "exchange" : "copy") + " iteration " +
-                                     std::to_string(iteration) + " depth " +
-                                     std::to_string(depth & 0xFF) + " order " +
-                                     std::to_string(order) + " src " + describe(a) + " dst " +
-                                     describe(b);
+            const std::string note =
+                std::string(exchange ? "exchange" : "copy") + " iteration " +
+                std::to_string(iteration) + " depth " + std::to_string(depth & 0xFF) + " order " +
+                std::to_string(order) + " src " + describe(a) + " dst " + describe(b);
             ASSERT_EQ(difference(src.block, wantSrc), "") << note;
             ASSERT_EQ(difference(dst.block, wantDst), "") << note;
         }
@@ -189,18 +182,22 @@ TEST_F(CopyRandomTest, WideRowsAtEveryPhaseAgreeWithTheModel) {
             const int channels = depth == RMG_DEPTH_1U ? 1 : 3;
             for (int x = 0; x < 48; ++x) {
                 const bool exchange = x % 3 == 2;
-                Plain src(channels, depth, RMG_DATA_PIXEL, 4, 2, 600, 0, static_cast<uint32_t>(rng()));
+                Plain src(channels, depth, RMG_DATA_PIXEL, 4, 2, 600, 0,
+                          static_cast<uint32_t>(rng()));
                 Plain dst(x % 4 == 1 ? 1 : channels, depth, RMG_DATA_PIXEL, 8, 2, 600, 0,
                           static_cast<uint32_t>(rng()));
                 const int srcCoi = channels == 1 ? 0 : (x % 4 == 0 ? 0 : 1 + x % 3);
-                const int dstCoi = dst.image->nChannels == 1 ? 0 : (x % 4 == 0 ? 0 : 1 + (x / 3) % 3);
+                const int dstCoi =
+                    dst.image->nChannels == 1 ? 0 : (x % 4 == 0 ? 0 : 1 + (x / 3) % 3);
                 src.setRoi(srcCoi, x, 0, 2, 600 - x);
                 dst.setRoi(dstCoi, (x * 7) % 50, 0, 2, 600);
                 std::vector<uint8_t> wantSrc, wantDst;
                 copytest::modelPair(exchange, src, dst, &wantSrc, &wantDst);
                 run(exchange, src.image, dst.image);
-                ASSERT_EQ(difference(src.block, wantSrc), "") << "depth " << (depth & 0xFF) << " x " << x;
-                ASSERT_EQ(difference(dst.block, wantDst), "") << "depth " << (depth & 0xFF) << " x " << x;
+                ASSERT_EQ(difference(src.block, wantSrc), "")
+                    << "depth " << (depth & 0xFF) << " x " << x;
+                ASSERT_EQ(difference(dst.block, wantDst), "")
+                    << "depth " << (depth & 0xFF) << " x " << x;
             }
         }
     });
@@ -212,7 +209,8 @@ struct Both {
     std::unique_ptr<Tiled> tiled;
     std::map<std::pair<int, int>, std::vector<uint8_t>> initialTiles;
 
-    Both(unsigned int depth, int order, const Side &s, int tileWidth, int tileHeight, uint32_t seed) {
+    Both(unsigned int depth, int order, const Side &s, int tileWidth, int tileHeight,
+         uint32_t seed) {
         plain.reset(new Plain(s.nChannels, depth, order, s.align, s.height, s.width, 16, seed));
         tiled.reset(new Tiled(s.nChannels, depth, order, s.align, s.height, s.width, tileWidth,
                               tileHeight, seed + 1));
@@ -241,8 +239,9 @@ struct Both {
                 for (int y = y0; y < y0 + t.info.height && y < layout.height; ++y)
                     for (int x = x0; x < x0 + t.info.width && x < layout.width; ++x)
                         if (x >= 0 && y >= 0)
-                            scetest::putElement(tile, 0, t.tileLayout(), x - x0, y - y0, ch,
-                                                scetest::getElement(want, plain->guard, layout, x, y, ch));
+                            scetest::putElement(
+                                tile, 0, t.tileLayout(), x - x0, y - y0, ch,
+                                scetest::getElement(want, plain->guard, layout, x, y, ch));
             const std::string d = difference(entry.second, tile);
             if (!d.empty())
                 return "tile " + std::to_string(entry.first.first) + "," +
@@ -306,7 +305,8 @@ TEST_F(CopyRandomTest, FourPairingsAgreeWithThePlainPair) {
                     describe(a) + " tiles " + std::to_string(tiles[0]) + "x" +
                     std::to_string(tiles[1]) + " dst " + describe(b) + " tiles " +
                     std::to_string(tiles[2]) + "x" + std::to_string(tiles[3]);
-                ASSERT_TRUE(rmgtest::reports().empty()) << note << ": " << rmgtest::reports()[0].context;
+                ASSERT_TRUE(rmgtest::reports().empty())
+                    << note << ": " << rmgtest::reports()[0].context;
                 ASSERT_EQ(src->roi, srcRoi) << note;
                 ASSERT_EQ(dst->roi, dstRoi) << note;
                 if (srcTiled) {

@@ -16,6 +16,9 @@ namespace {
 
 using copytest::Call;
 using copytest::CallLog;
+using copytest::countUp;
+using copytest::headerBytes;
+using copytest::pixelsOf;
 using scetest::difference;
 using scetest::Plain;
 using scetest::TileCall;
@@ -29,25 +32,7 @@ constexpr int Rel = RMG_TILE_RELEASE;
 
 void expectReport(size_t index, int status, const std::string &context,
                   const std::string &funcName = "rmgExchange") {
-    ASSERT_LT(index, rmgtest::reports().size());
-    const rmgtest::Report &r = rmgtest::reports()[index];
-    EXPECT_EQ(r.status, status);
-    EXPECT_EQ(r.funcName, funcName);
-    EXPECT_EQ(r.context, context);
-    EXPECT_EQ(r.fileName, "rmgSCE");
-}
-
-void countUp(Plain &p, int start) {
-    for (int i = 0; i < p.image->imageSize; ++i) p.pixels()[i] = static_cast<uint8_t>(start + i);
-}
-
-std::vector<uint8_t> pixelsOf(Plain &p) {
-    return std::vector<uint8_t>(p.pixels(), p.pixels() + p.image->imageSize);
-}
-
-std::vector<uint8_t> headerBytes(const RmgImage *image) {
-    const auto *p = reinterpret_cast<const uint8_t *>(image);
-    return std::vector<uint8_t>(p, p + sizeof(RmgImage));
+    copytest::expectReport(index, status, context, funcName);
 }
 
 // --- The opening ------------------------------------------------------------
@@ -66,9 +51,7 @@ TEST_F(ExchangeTest, HeadersCompatibilityAndStatusAsInCopy) {
     rmgtest::reports().clear();
     rmgExchange(a.image, nullptr, nullptr);
     ASSERT_EQ(rmgtest::reports().size(), 1u);
-    char *text = rmgBadHeaderText(1);
-    expectReport(0, RMG_StsBadArg, text);
-    rmgFree(text);
+    expectReport(0, RMG_StsBadArg, copytest::headerText(1));
     // The status is negative now: two good images are left alone.
     rmgtest::reports().clear();
     Plain c(1, RMG_DEPTH_8U, RMG_DATA_PIXEL, 4, 2, 4, 16, 3);
@@ -111,9 +94,10 @@ TEST_F(ExchangeTest, ChannelOneAndChannelTwoLeaveTheOthers) {
     a.setRoi(1, 0, 0, 1, 4);
     b.setRoi(2, 0, 0, 1, 4);
     rmgExchange(a.image, b.image, nullptr);
-    EXPECT_EQ(pixelsOf(a), (std::vector<uint8_t>{0x81, 1, 2, 0x84, 4, 5, 0x87, 7, 8, 0x8A, 10, 11}));
-    EXPECT_EQ(pixelsOf(b), (std::vector<uint8_t>{0x80, 0, 0x82, 0x83, 3, 0x85, 0x86, 6, 0x88, 0x89,
-                                                 9, 0x8B}));
+    EXPECT_EQ(pixelsOf(a),
+              (std::vector<uint8_t>{0x81, 1, 2, 0x84, 4, 5, 0x87, 7, 8, 0x8A, 10, 11}));
+    EXPECT_EQ(pixelsOf(b),
+              (std::vector<uint8_t>{0x80, 0, 0x82, 0x83, 3, 0x85, 0x86, 6, 0x88, 0x89, 9, 0x8B}));
 }
 
 TEST_F(ExchangeTest, OneBitAcrossOffsetsIsExactAndLeavesTheRest) {
@@ -142,7 +126,8 @@ TEST_F(ExchangeTest, DifferentSizesMoveOnlyTheCommonPart) {
     // elements swap.
     EXPECT_EQ(pixelsOf(a), (std::vector<uint8_t>{0x40, 0x41, 0x42, 0x43, 4, 5, 6, 7, 0x44, 0x45,
                                                  0x46, 0x47, 12, 13, 14, 15}));
-    EXPECT_EQ(pixelsOf(b), (std::vector<uint8_t>{0, 1, 2, 3, 8, 9, 10, 11, 0x48, 0x49, 0x4A, 0x4B}));
+    EXPECT_EQ(pixelsOf(b),
+              (std::vector<uint8_t>{0, 1, 2, 3, 8, 9, 10, 11, 0x48, 0x49, 0x4A, 0x4B}));
 }
 
 TEST_F(ExchangeTest, ThreeChannelsAgainstACoiDoNothing) {
@@ -209,7 +194,8 @@ TEST_F(ExchangeTest, TiledSourceAsksItsTilesToWrite) {
     rmgExchange(src.image, dst.image, tile);
     EXPECT_EQ(src.calls, (std::vector<TileCall>{{0, 0, Wr}, {0, 0, Rel}, {0, 1, Wr}, {0, 1, Rel}}));
     for (int y = 0; y < 16; ++y)
-        for (int x = 0; x < 8; ++x) EXPECT_EQ(src.element(x, y, 0), static_cast<uint32_t>(y * 8 + x));
+        for (int x = 0; x < 8; ++x)
+            EXPECT_EQ(src.element(x, y, 0), static_cast<uint32_t>(y * 8 + x));
     EXPECT_EQ(difference(dst.block, dstWant), "");
     EXPECT_EQ(dst.image->roi, nullptr);
 }

@@ -15,6 +15,7 @@
 #include <string>
 #include <vector>
 
+#include "ops/copytest.h"
 #include "ops/rmgcopy.h"
 #include "support/rmgforms.h"
 
@@ -26,7 +27,7 @@ constexpr size_t kGuard = 64;
 
 // Bytes whose start is a multiple of 64, with random contents.
 class Canvas {
-public:
+  public:
     Canvas(size_t bytes, uint32_t seed) : storage_(bytes + 64), bytes_(bytes) {
         std::mt19937 rng(seed);
         for (size_t i = 0; i < bytes; ++i) data()[i] = static_cast<unsigned char>(rng());
@@ -36,10 +37,12 @@ public:
         return storage_.data() + ((64 - at % 64) % 64);
     }
     size_t size() const { return bytes_; }
-    std::vector<unsigned char> bytes() { return std::vector<unsigned char>(data(), data() + bytes_); }
+    std::vector<unsigned char> bytes() {
+        return std::vector<unsigned char>(data(), data() + bytes_);
+    }
     void set(const std::vector<unsigned char> &from) { std::memcpy(data(), from.data(), bytes_); }
 
-private:
+  private:
     std::vector<unsigned char> storage_;
     size_t bytes_;
 };
@@ -67,19 +70,11 @@ void modelStrided(const unsigned char *src, unsigned char *dst, int count, int s
     if (got == want) return ::testing::AssertionSuccess();
     size_t i = 0;
     while (got[i] == want[i]) ++i;
-    return ::testing::AssertionFailure() << "byte " << i << " is " << int(got[i]) << ", expected "
-                                         << int(want[i]);
+    return ::testing::AssertionFailure()
+           << "byte " << i << " is " << int(got[i]) << ", expected " << int(want[i]);
 }
 
-// Runs `body(form)` under each form this processor runs.
-template <typename Body>
-void inEveryForm(Body body) {
-    for (int form : rmgtest::runnableForms()) {
-        rmgtest::ForcedForm forced(form);
-        SCOPED_TRACE(rmg::cpuFormName(form));
-        body(form);
-    }
-}
+using copytest::inEveryForm;
 
 TEST(CopyBytes, EveryLengthAndAlignmentGivesTheByteLoop) {
     const size_t bytes = kGuard + kAlignments + kMaxCount + kGuard;
@@ -219,7 +214,8 @@ TEST(CopyBytes, LongRunsGiveTheByteLoop) {
     Canvas dst(longest + 2 * kGuard, 8);
     const std::vector<unsigned char> dstBytes = dst.bytes();
     inEveryForm([&](int) {
-        for (size_t count : {size_t{4095}, size_t{16383}, size_t{16384}, size_t{65536 + 3}, longest})
+        for (size_t count :
+             {size_t{4095}, size_t{16383}, size_t{16384}, size_t{65536 + 3}, longest})
             for (int a : {0, 7, 33})
                 for (int b : {0, 1, 62}) {
                     dst.set(dstBytes);
@@ -259,8 +255,8 @@ TEST(CopyStrided, EveryLayoutPairGivesTheElementLoop) {
                                 const size_t from = kGuard + a + (srcChannels - 1) * size;
                                 const size_t to = kGuard + b + (dstChannels > 2 ? size : 0);
                                 dst.set(dstBytes);
-                                rmgCopyStrided(src.data() + from, dst.data() + to, count,
-                                               srcStride, dstStride, size);
+                                rmgCopyStrided(src.data() + from, dst.data() + to, count, srcStride,
+                                               dstStride, size);
                                 std::vector<unsigned char> want = dstBytes;
                                 modelStrided(srcBytes.data() + from, want.data() + to, count,
                                              srcStride, dstStride, size);
