@@ -3,8 +3,11 @@
 // the library (C++ linkage, not exported).
 //
 // The results are those of a plain store loop, whatever form runs: the
-// bytes of the run get the value's bytes in memory order, and no byte
-// outside the run is read or written. Pointers may have any alignment.
+// elements get the value's bytes in memory order, and no byte outside the
+// span from the first element's first byte to the last element's last byte
+// is read or written. Inside the span of a strided fill, the vector forms
+// read the other channels' bytes and write them back unchanged. Pointers
+// may have any alignment.
 #ifndef RMG_OPS_RMGFILL_H
 #define RMG_OPS_RMGFILL_H
 

@@ -13,6 +13,7 @@ namespace {
 struct Avx2 {
     using Vec = __m256i;
     static constexpr size_t kBytes = 32;
+    static constexpr size_t kStringStoreBytes = kStringStoreWide;
 
     static Vec splat(uint32_t word) { return _mm256_set1_epi32(static_cast<int>(word)); }
     static Vec loadu(const unsigned char *p) {

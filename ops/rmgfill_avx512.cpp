@@ -14,6 +14,7 @@ namespace {
 struct Avx512 {
     using Vec = __m512i;
     static constexpr size_t kBytes = 64;
+    static constexpr size_t kStringStoreBytes = kStringStoreWide;
 
     static Vec splat(uint32_t word) { return _mm512_set1_epi32(static_cast<int>(word)); }
     static Vec loadu(const unsigned char *p) { return _mm512_loadu_si512(p); }

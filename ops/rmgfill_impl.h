@@ -12,6 +12,7 @@
 //   blend(old, mask, pattern)   pattern where mask bytes are 0xFF, old
 //                               elsewhere (pattern is 0 outside the mask)
 //   fillShort(p, bytes, word)   the whole run for bytes below kBytes
+//   kStringStoreBytes           where long runs change to `rep stos`
 #ifndef RMG_OPS_RMGFILL_IMPL_H
 #define RMG_OPS_RMGFILL_IMPL_H
 
@@ -25,7 +26,7 @@
 namespace rmg {
 namespace {
 
-// One element of `size` bytes, from the low bytes of value.
+// Element i, of type T, at byte i * stride from row.
 template <typename T>
 inline void storeEach(unsigned char *row, size_t count, ptrdiff_t stride, T value) {
     for (size_t i = 0; i < count; ++i)
@@ -92,10 +93,12 @@ inline unsigned char *alignDown(unsigned char *p, size_t alignment) {
 }
 
 // From this many bytes on, the aligned middle of a run is stored with
-// `rep stos` where the processor makes it fast: below it vector stores are
-// quicker, above it (past the second-level cache) the string store is, as
-// it writes whole lines without reading them first.
-constexpr size_t kStringStoreBytes = size_t{1} << 20;
+// `rep stos` where the processor makes it fast (ERMS). It writes whole
+// lines without reading them first; 32- and 64-byte vector stores are
+// quicker while the run fits the second-level cache, 16-byte ones only on
+// short runs. A traits type names its own threshold (kStringStoreBytes).
+constexpr size_t kStringStoreWide = size_t{1} << 20;
+constexpr size_t kStringStoreNarrow = size_t{4} << 10;
 
 // Stores the pattern word over `bytes` bytes from p, a multiple of 8.
 inline void stringStore(unsigned char *p, size_t bytes, uint32_t word) {
@@ -142,7 +145,8 @@ void fillRunVector(unsigned char *row, size_t bytes, uint32_t word) {
     unsigned char *at = alignDown(row + 4 * kB, kB);
     unsigned char *const stop = alignDown(end - 3 * kB, kB);
     const uint32_t shifted = shiftWord(word, static_cast<size_t>(at - row));
-    if (static_cast<size_t>(stop - at) >= kStringStoreBytes && (detail::gFeatures & kCpuErms)) {
+    if (static_cast<size_t>(stop - at) >= V::kStringStoreBytes &&
+        (detail::gFeatures & kCpuErms)) {
         stringStore(at, static_cast<size_t>(stop - at), shifted);
         return;
     }

@@ -13,6 +13,7 @@ namespace {
 struct Sse2 {
     using Vec = __m128i;
     static constexpr size_t kBytes = 16;
+    static constexpr size_t kStringStoreBytes = kStringStoreNarrow;
 
     static Vec splat(uint32_t word) { return _mm_set1_epi32(static_cast<int>(word)); }
     static Vec loadu(const unsigned char *p) {
