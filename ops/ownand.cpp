@@ -11,7 +11,7 @@
 
 namespace rmg {
 
-constexpr AndForms kAndScalar = {andPatternLoop, byteOpScalar, andChannelLoop};
+constexpr AndForms kAndScalar = {andPatternRows, byteOpScalar, andChannelLoop, andPairLoop};
 
 namespace {
 
@@ -51,7 +51,7 @@ void andChannel(const unsigned char *src, unsigned char *dst, int width, int hei
 
 }  // namespace
 
-int rmgAndKernelIndex(unsigned int depth) {
+int ownAndKernelIndex(unsigned int depth) {
     switch (depth) {
         case RMG_DEPTH_1U:
             return 0;
@@ -72,7 +72,7 @@ void rmgAndWords64(const unsigned char *src, unsigned char *dst, int count, uint
     // A single word is left as it is, as the pairs of words that this path
     // works in from the end leave it.
     if (count <= 1) return;
-    rmg::andForms().pattern(src, dst, static_cast<size_t>(count) * 8, mask);
+    rmg::andForms().pattern(src, dst, static_cast<size_t>(count) * 8, 1, 0, 0, mask);
 }
 
 void rmgAndWords32(const unsigned char *src, unsigned char *dst, int count, uint32_t mask) {
@@ -83,21 +83,17 @@ void rmgAndWords32(const unsigned char *src, unsigned char *dst, int count, uint
     // nor written here; word 0 gets its result like every other word.
     if (count <= 0) return;
     const uint64_t pattern = (static_cast<uint64_t>(mask) << 32) | mask;
-    rmg::andForms().pattern(src, dst, static_cast<size_t>(count) * 4, pattern);
+    rmg::andForms().pattern(src, dst, static_cast<size_t>(count) * 4, 1, 0, 0, pattern);
 }
 
 void rmgAndRows(const unsigned char *src, unsigned char *dst, int rowBytes, int rows, int srcStep,
                 int dstStep, uint64_t mask) {
-    if (rowBytes <= 0) return;
-    const rmg::AndPatternFn run = rmg::andForms().pattern;
-    for (int r = 0; r < rows; ++r) {
-        const unsigned char *s = src + times(r, srcStep);
-        unsigned char *d = dst + times(r, dstStep);
-        // The mask's bytes stand by the lanes of the destination's aligned
-        // 8-byte words.
-        const auto lane = static_cast<size_t>(reinterpret_cast<uintptr_t>(d) & 7);
-        run(s, d, static_cast<size_t>(rowBytes), rmg::rotatePattern(mask, lane));
-    }
+    if (rowBytes <= 0 || rows <= 0) return;
+    // The mask's bytes stand by the lanes of the destination's aligned
+    // 8-byte words.
+    const auto lane = static_cast<size_t>(reinterpret_cast<uintptr_t>(dst) & 7);
+    rmg::andForms().pattern(src, dst, static_cast<size_t>(rowBytes), static_cast<size_t>(rows),
+                            srcStep, dstStep, rmg::rotatePattern(mask, lane));
 }
 
 void rmgAndBits(const unsigned char *src, unsigned char *dst, int srcPhase, int dstPhase, int width,
@@ -161,19 +157,51 @@ void rmgAndCoi32(const unsigned char *src, unsigned char *dst, int width, int he
                dstIndex, 4, mask);
 }
 
+namespace {
+
+void byteRows(int op, const unsigned char *srcA, const unsigned char *srcB, unsigned char *dst,
+              int count, int rows, int stepA, int stepB, int stepD) {
+    if (count > 0 && rows > 0)
+        rmg::andForms().bytes(op, srcA, srcB, dst, static_cast<size_t>(count),
+                              static_cast<size_t>(rows), stepA, stepB, stepD);
+}
+
+}  // namespace
+
 void rmgAndBytes(const unsigned char *srcA, const unsigned char *srcB, unsigned char *dst,
                  int count) {
-    if (count > 0)
-        rmg::andForms().bytes(rmg::kByteAnd, srcA, srcB, dst, static_cast<size_t>(count));
+    byteRows(rmg::kByteAnd, srcA, srcB, dst, count, 1, 0, 0, 0);
 }
 
 void rmgOrBytes(const unsigned char *srcA, const unsigned char *srcB, unsigned char *dst,
                 int count) {
-    if (count > 0) rmg::andForms().bytes(rmg::kByteOr, srcA, srcB, dst, static_cast<size_t>(count));
+    byteRows(rmg::kByteOr, srcA, srcB, dst, count, 1, 0, 0, 0);
 }
 
 void rmgXorBytes(const unsigned char *srcA, const unsigned char *srcB, unsigned char *dst,
                  int count) {
-    if (count > 0)
-        rmg::andForms().bytes(rmg::kByteXor, srcA, srcB, dst, static_cast<size_t>(count));
+    byteRows(rmg::kByteXor, srcA, srcB, dst, count, 1, 0, 0, 0);
+}
+
+void ownAndByteRows(const unsigned char *srcA, const unsigned char *srcB, unsigned char *dst,
+                    int count, int rows, int stepA, int stepB, int stepD) {
+    byteRows(rmg::kByteAnd, srcA, srcB, dst, count, rows, stepA, stepB, stepD);
+}
+
+void ownAndChannels(const unsigned char *srcA, const unsigned char *srcB, unsigned char *dst,
+                    int count, int rows, int stepA, int stepB, int stepD, int strideA, int strideB,
+                    int strideD, int size) {
+    if (count <= 0 || rows <= 0) return;
+    if (strideA == strideD && strideB == strideD) {
+        rmg::andForms().pair(srcA, srcB, dst, static_cast<size_t>(count), static_cast<size_t>(rows),
+                             stepA, stepB, stepD, strideD, size);
+        return;
+    }
+    // Pixels of different sizes: each element on its own.
+    for (int r = 0; r < rows; ++r)
+        for (int i = 0; i < count; ++i)
+            rmg::kAndScalar.pair(srcA + times(r, stepA) + times(i, strideA),
+                                 srcB + times(r, stepB) + times(i, strideB),
+                                 dst + times(r, stepD) + times(i, strideD), 1, 1, 0, 0, 0, size,
+                                 size);
 }

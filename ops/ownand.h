@@ -37,7 +37,7 @@ void rmgRoiSize(const RmgImage *image, int *channels, int *coi, int *height, int
 // Which of the four row kernels of a logical operation serves a depth: 0
 // for 1u, 1 for 8 bits, 2 for 16 bits, 3 for 32 bits, signed and unsigned
 // alike; -1 for any other depth.
-int rmgAndKernelIndex(unsigned int depth);
+int ownAndKernelIndex(unsigned int depth);
 
 // The constant of rmgAndS replicated by depth into a 32-bit mask: 1u all
 // ones or zero by bit 0, 8 bits the low byte four times, 16 bits the low
@@ -98,6 +98,18 @@ void rmgOrBytes(const unsigned char *srcA, const unsigned char *srcB, unsigned c
 void rmgXorBytes(const unsigned char *srcA, const unsigned char *srcB, unsigned char *dst,
                  int count);
 
+// rmgAndBytes over `rows` rows of `count` bytes, each image's rows its own
+// step apart.
+void ownAndByteRows(const unsigned char *srcA, const unsigned char *srcB, unsigned char *dst,
+                    int count, int rows, int stepA, int stepB, int stepD);
+
+// One channel of each of three pixel-order images, element by element: in
+// each row, destination element i = element i of A AND element i of B, the
+// elements `size` bytes long and each image's `stride` bytes apart.
+void ownAndChannels(const unsigned char *srcA, const unsigned char *srcB, unsigned char *dst,
+                    int count, int rows, int stepA, int stepB, int stepD, int strideA, int strideB,
+                    int strideD, int size);
+
 // Row kernels of rmgAnd: the flat path of whole images, otherwise the cases
 // A to D over three images (1u: bit by bit). They never report.
 void rmgAnd1u(const RmgImage *srcImageA, const RmgImage *srcImageB, const RmgImage *dstImage);
@@ -114,12 +126,15 @@ namespace rmg {
 // The byte operations of the byte kernels.
 enum ByteOp : int { kByteAnd, kByteOr, kByteXor };
 
-// n bytes: dst[k] = src[k] AND byte (k mod 8) of `pattern` (little-endian).
-using AndPatternFn = void (*)(const unsigned char *src, unsigned char *dst, size_t n,
-                              uint64_t pattern);
-// n bytes: d[k] = a[k] op b[k].
+// `rows` rows of n bytes, srcStep and dstStep bytes apart: byte k of row r
+// of dst = the same byte of src AND byte ((k + r * dstStep) mod 8) of
+// `pattern` (its low byte first).
+using AndPatternFn = void (*)(const unsigned char *src, unsigned char *dst, size_t n, size_t rows,
+                              ptrdiff_t srcStep, ptrdiff_t dstStep, uint64_t pattern);
+// `rows` rows of n bytes, each image's rows its own step apart: d[k] =
+// a[k] op b[k].
 using ByteOpFn = void (*)(int op, const unsigned char *a, const unsigned char *b, unsigned char *d,
-                          size_t n);
+                          size_t n, size_t rows, ptrdiff_t aStep, ptrdiff_t bStep, ptrdiff_t dStep);
 // `rows` rows of `count` elements of `size` bytes (1, 2 or 4), element i
 // at byte i * stride of both rows: dst element = src element AND `mask` (its
 // low `size` bytes). Bytes between the elements keep their values. The
@@ -128,10 +143,17 @@ using AndChannelFn = void (*)(const unsigned char *src, unsigned char *dst, size
                               size_t rows, ptrdiff_t srcStep, ptrdiff_t dstStep, ptrdiff_t stride,
                               int size, uint32_t mask);
 
+// As AndChannelFn with two sources ANDed with each other (three rows of
+// the same stride).
+using AndPairFn = void (*)(const unsigned char *a, const unsigned char *b, unsigned char *d,
+                           size_t count, size_t rows, ptrdiff_t aStep, ptrdiff_t bStep,
+                           ptrdiff_t dStep, ptrdiff_t stride, int size);
+
 struct AndForms {
     AndPatternFn pattern;
     ByteOpFn bytes;
     AndChannelFn channel;
+    AndPairFn pair;
 };
 extern const AndForms kAndScalar;
 extern const AndForms kAndSse2;

@@ -61,6 +61,17 @@ inline void andPatternLoop(const unsigned char *src, unsigned char *dst, size_t 
     for (; k < n; ++k) dst[k] = static_cast<unsigned char>(src[k] & byteOf(pattern, k));
 }
 
+// The plain pattern loop over rows, each row's pattern seen from its
+// distance to the first row.
+inline void andPatternRows(const unsigned char *src, unsigned char *dst, size_t n, size_t rows,
+                           ptrdiff_t srcStep, ptrdiff_t dstStep, uint64_t pattern) {
+    for (size_t r = 0; r < rows; ++r) {
+        const ptrdiff_t at = static_cast<ptrdiff_t>(r) * dstStep;
+        andPatternLoop(src + static_cast<ptrdiff_t>(r) * srcStep, dst + at, n,
+                       rotatePattern(pattern, static_cast<size_t>(at)));
+    }
+}
+
 template <int Op>
 inline uint64_t byteOp64(uint64_t a, uint64_t b) {
     return Op == kByteAnd ? (a & b) : Op == kByteOr ? (a | b) : (a ^ b);
@@ -76,51 +87,85 @@ inline void byteOpLoop(const unsigned char *a, const unsigned char *b, unsigned 
 }
 
 inline void byteOpScalar(int op, const unsigned char *a, const unsigned char *b, unsigned char *d,
-                         size_t n) {
-    if (op == kByteAnd)
-        byteOpLoop<kByteAnd>(a, b, d, n);
-    else if (op == kByteOr)
-        byteOpLoop<kByteOr>(a, b, d, n);
-    else
-        byteOpLoop<kByteXor>(a, b, d, n);
+                         size_t n, size_t rows, ptrdiff_t aStep, ptrdiff_t bStep, ptrdiff_t dStep) {
+    for (size_t r = 0; r < rows; ++r) {
+        const auto i = static_cast<ptrdiff_t>(r);
+        if (op == kByteAnd)
+            byteOpLoop<kByteAnd>(a + i * aStep, b + i * bStep, d + i * dStep, n);
+        else if (op == kByteOr)
+            byteOpLoop<kByteOr>(a + i * aStep, b + i * bStep, d + i * dStep, n);
+        else
+            byteOpLoop<kByteXor>(a + i * aStep, b + i * bStep, d + i * dStep, n);
+    }
 }
 
-// One channel, element by element; `first` and `last` limit the bytes of
-// the destination row (offsets from the first element) that are written,
-// so that a vector form can leave the middle to its vectors.
-inline void andChannelBytes(const unsigned char *src, unsigned char *dst, size_t first, size_t last,
-                            ptrdiff_t stride, int size, uint32_t mask) {
+// The sources of the one-channel kernels: one row ANDed with the mask, or
+// two rows ANDed with each other (their mask all ones). `byte` gives the
+// result for byte t of the span, `lane` its place in its element.
+struct MaskSource {
+    const unsigned char *s;
+    ptrdiff_t step;
+    uint32_t mask;
+    MaskSource row(size_t r) const { return {s + static_cast<ptrdiff_t>(r) * step, step, mask}; }
+    unsigned char byte(size_t t, size_t lane) const {
+        return static_cast<unsigned char>(s[t] & byteOf(mask, lane));
+    }
+};
+
+struct PairSource {
+    const unsigned char *a;
+    const unsigned char *b;
+    ptrdiff_t aStep;
+    ptrdiff_t bStep;
+    uint32_t mask;  // all ones
+    PairSource row(size_t r) const {
+        const auto i = static_cast<ptrdiff_t>(r);
+        return {a + i * aStep, b + i * bStep, aStep, bStep, mask};
+    }
+    unsigned char byte(size_t t, size_t) const { return static_cast<unsigned char>(a[t] & b[t]); }
+};
+
+// One channel of a row, byte by byte: the bytes from `first` to `last`
+// (offsets from the first element) that belong to the channel.
+template <class Src>
+void channelBytes(const Src &src, unsigned char *dst, size_t first, size_t last, ptrdiff_t stride,
+                  int size) {
     const auto period = static_cast<size_t>(stride);
     for (size_t t = first; t < last; ++t) {
         const size_t lane = t % period;
-        if (lane < static_cast<size_t>(size))
-            dst[t] = static_cast<unsigned char>(src[t] & byteOf(mask, lane));
+        if (lane < static_cast<size_t>(size)) dst[t] = src.byte(t, lane);
     }
+}
+
+template <class Src>
+void channelLoop(const Src &src, unsigned char *dst, size_t count, size_t rows, ptrdiff_t dstStep,
+                 ptrdiff_t stride, int size) {
+    if (count == 0) return;
+    const size_t span = (count - 1) * static_cast<size_t>(stride) + static_cast<size_t>(size);
+    for (size_t r = 0; r < rows; ++r)
+        channelBytes(src.row(r), dst + static_cast<ptrdiff_t>(r) * dstStep, 0, span, stride, size);
 }
 
 inline void andChannelLoop(const unsigned char *src, unsigned char *dst, size_t count, size_t rows,
                            ptrdiff_t srcStep, ptrdiff_t dstStep, ptrdiff_t stride, int size,
                            uint32_t mask) {
-    for (size_t r = 0; r < rows; ++r) {
-        const unsigned char *s = src + static_cast<ptrdiff_t>(r) * srcStep;
-        unsigned char *d = dst + static_cast<ptrdiff_t>(r) * dstStep;
-        for (size_t i = 0; i < count; ++i) {
-            const ptrdiff_t at = static_cast<ptrdiff_t>(i) * stride;
-            for (int j = 0; j < size; ++j)
-                d[at + j] =
-                    static_cast<unsigned char>(s[at + j] & byteOf(mask, static_cast<size_t>(j)));
-        }
-    }
+    channelLoop(MaskSource{src, srcStep, mask}, dst, count, rows, dstStep, stride, size);
+}
+
+inline void andPairLoop(const unsigned char *a, const unsigned char *b, unsigned char *d,
+                        size_t count, size_t rows, ptrdiff_t aStep, ptrdiff_t bStep,
+                        ptrdiff_t dStep, ptrdiff_t stride, int size) {
+    channelLoop(PairSource{a, b, aStep, bStep, 0xFFFFFFFFu}, d, count, rows, dStep, stride, size);
 }
 
 #if RMG_CPU_X86
 
 // From here on the code is for x86 only (little-endian words).
 
-// From this many bytes on the destination is written with stores that
-// bypass the caches: the run is far larger than the last-level cache, so
-// the lines would be evicted unread, and a normal store first reads each
-// line it writes.
+// From this many bytes of a call on the destination is written with
+// stores that bypass the caches: the work is far larger than the
+// last-level cache, so the lines would be evicted unread, and a normal
+// store first reads each line it writes.
 constexpr size_t kStreamBytes = size_t{16} << 20;
 
 inline size_t misalignment(const void *p, size_t alignment) {
@@ -135,8 +180,8 @@ size_t headBytes(const void *p) {
 
 // The aligned middle of a run: from offset k, where the destination is
 // aligned to the vector, while whole vectors remain, four a pass: the
-// vector `at(offset)` stored at dst + offset, past the caches when Stream.
-// Returns the offset where it stopped.
+// vector `at(offset)` stored at dst + offset, past the caches when Stream
+// (the caller fences). Returns the offset where it stopped.
 template <class V, bool Stream, class At>
 size_t alignedRun(unsigned char *dst, size_t k, size_t n, const At &at) {
     constexpr size_t kB = V::kBytes;
@@ -158,22 +203,16 @@ size_t alignedRun(unsigned char *dst, size_t k, size_t n, const At &at) {
         }
     }
     for (; k + kB <= n; k += kB) V::store(dst + k, at(k));
-    if (Stream) V::fence();
     return k;
 }
 
-template <class V, class At>
-size_t alignedPart(unsigned char *dst, size_t k, size_t n, const At &at) {
-    return n >= kStreamBytes ? alignedRun<V, true>(dst, k, n, at)
-                             : alignedRun<V, false>(dst, k, n, at);
-}
-
-// The pattern kernel with vectors: the bytes up to the destination's first
-// aligned vector with the plain loop, then aligned vectors, then the rest
-// with the plain loop. The source may have any alignment. Each step reads
-// its source bytes before it writes, so the source may be the destination.
-template <class V>
-void andPatternVector(const unsigned char *src, unsigned char *dst, size_t n, uint64_t pattern) {
+// One row of the pattern kernel with vectors: the bytes up to the
+// destination's first aligned vector with the plain loop, then aligned
+// vectors, then the rest with the plain loop. The source may have any
+// alignment. Each step reads its source bytes before it writes, so the
+// source may be the destination.
+template <class V, bool Stream>
+void andPatternRow(const unsigned char *src, unsigned char *dst, size_t n, uint64_t pattern) {
     if (n < 2 * V::kBytes) {
         andPatternLoop(src, dst, n, pattern);
         return;
@@ -181,8 +220,28 @@ void andPatternVector(const unsigned char *src, unsigned char *dst, size_t n, ui
     size_t k = headBytes<V>(dst);
     andPatternLoop(src, dst, k, pattern);
     const typename V::Vec p = V::splat64(rotatePattern(pattern, k));
-    k = alignedPart<V>(dst, k, n, [&](size_t at) { return V::and_(V::loadu(src + at), p); });
+    k = alignedRun<V, Stream>(dst, k, n, [&](size_t at) { return V::and_(V::loadu(src + at), p); });
     andPatternLoop(src + k, dst + k, n - k, rotatePattern(pattern, k));
+}
+
+template <class V, bool Stream>
+void andPatternRowsOf(const unsigned char *src, unsigned char *dst, size_t n, size_t rows,
+                      ptrdiff_t srcStep, ptrdiff_t dstStep, uint64_t pattern) {
+    for (size_t r = 0; r < rows; ++r) {
+        const ptrdiff_t at = static_cast<ptrdiff_t>(r) * dstStep;
+        andPatternRow<V, Stream>(src + static_cast<ptrdiff_t>(r) * srcStep, dst + at, n,
+                                 rotatePattern(pattern, static_cast<size_t>(at)));
+    }
+    if (Stream) V::fence();
+}
+
+template <class V>
+void andPatternVector(const unsigned char *src, unsigned char *dst, size_t n, size_t rows,
+                      ptrdiff_t srcStep, ptrdiff_t dstStep, uint64_t pattern) {
+    if (n * rows >= kStreamBytes)
+        andPatternRowsOf<V, true>(src, dst, n, rows, srcStep, dstStep, pattern);
+    else
+        andPatternRowsOf<V, false>(src, dst, n, rows, srcStep, dstStep, pattern);
 }
 
 template <class V, int Op>
@@ -190,61 +249,78 @@ inline typename V::Vec vecOp(typename V::Vec a, typename V::Vec b) {
     return Op == kByteAnd ? V::and_(a, b) : Op == kByteOr ? V::or_(a, b) : V::xor_(a, b);
 }
 
-// The byte kernels with vectors, in the scheme of the pattern kernel.
-template <class V, int Op>
-void byteOpRun(const unsigned char *a, const unsigned char *b, unsigned char *d, size_t n) {
+// One row of the byte kernels with vectors, in the scheme of the pattern
+// kernel.
+template <class V, int Op, bool Stream>
+void byteOpRow(const unsigned char *a, const unsigned char *b, unsigned char *d, size_t n) {
     if (n < 2 * V::kBytes) {
         byteOpLoop<Op>(a, b, d, n);
         return;
     }
     size_t k = headBytes<V>(d);
     byteOpLoop<Op>(a, b, d, k);
-    k = alignedPart<V>(d, k, n,
-                       [&](size_t at) { return vecOp<V, Op>(V::loadu(a + at), V::loadu(b + at)); });
+    k = alignedRun<V, Stream>(
+        d, k, n, [&](size_t at) { return vecOp<V, Op>(V::loadu(a + at), V::loadu(b + at)); });
     byteOpLoop<Op>(a + k, b + k, d + k, n - k);
+}
+
+template <class V, int Op, bool Stream>
+void byteOpRowsOf(const unsigned char *a, const unsigned char *b, unsigned char *d, size_t n,
+                  size_t rows, ptrdiff_t aStep, ptrdiff_t bStep, ptrdiff_t dStep) {
+    for (size_t r = 0; r < rows; ++r) {
+        const auto i = static_cast<ptrdiff_t>(r);
+        byteOpRow<V, Op, Stream>(a + i * aStep, b + i * bStep, d + i * dStep, n);
+    }
+    if (Stream) V::fence();
+}
+
+template <class V, int Op>
+void byteOpRuns(const unsigned char *a, const unsigned char *b, unsigned char *d, size_t n,
+                size_t rows, ptrdiff_t aStep, ptrdiff_t bStep, ptrdiff_t dStep) {
+    if (n * rows >= kStreamBytes)
+        byteOpRowsOf<V, Op, true>(a, b, d, n, rows, aStep, bStep, dStep);
+    else
+        byteOpRowsOf<V, Op, false>(a, b, d, n, rows, aStep, bStep, dStep);
 }
 
 template <class V>
 void byteOpVector(int op, const unsigned char *a, const unsigned char *b, unsigned char *d,
-                  size_t n) {
+                  size_t n, size_t rows, ptrdiff_t aStep, ptrdiff_t bStep, ptrdiff_t dStep) {
     if (op == kByteAnd)
-        byteOpRun<V, kByteAnd>(a, b, d, n);
+        byteOpRuns<V, kByteAnd>(a, b, d, n, rows, aStep, bStep, dStep);
     else if (op == kByteOr)
-        byteOpRun<V, kByteOr>(a, b, d, n);
+        byteOpRuns<V, kByteOr>(a, b, d, n, rows, aStep, bStep, dStep);
     else
-        byteOpRun<V, kByteXor>(a, b, d, n);
+        byteOpRuns<V, kByteXor>(a, b, d, n, rows, aStep, bStep, dStep);
 }
 
-// One channel with vectors. Elements that are whole rows of bytes (stride
-// equal to size) are a pattern run. Otherwise, when three vectors hold a
-// whole number of pixels (strides of 2, 3, 4, 6, 8, 12, 16, 24 bytes, as
-// 2 to 4 channels of 1, 2 or 4 bytes give), each aligned vector inside the
-// row's span is read, the channel's bytes replaced by source AND mask, and
-// the vector written back: the other bytes get their own values again. The
+// A source's vector at offset `at` of the span.
+template <class V>
+typename V::Vec sourceVec(const MaskSource &src, size_t at) {
+    return V::loadu(src.s + at);
+}
+template <class V>
+typename V::Vec sourceVec(const PairSource &src, size_t at) {
+    return V::and_(V::loadu(src.a + at), V::loadu(src.b + at));
+}
+
+// One channel with vectors. When three vectors hold a whole number of
+// pixels (strides of 1, 2, 3, 4, 6, 8, 12, 16, 24 bytes, as 1 to 4
+// channels of 1, 2 or 4 bytes give), each aligned vector inside the row's
+// span is read, the channel's bytes replaced by their result, and the
+// vector written back: the other bytes get their own values again. The
 // bytes before the first and after the last aligned vector go through the
 // plain loop. Other strides take the plain loop. Bytes are independent, so
 // an element may be split between the loop and a vector.
-template <class V>
-void andChannelVector(const unsigned char *src, unsigned char *dst, size_t count, size_t rows,
-                      ptrdiff_t srcStep, ptrdiff_t dstStep, ptrdiff_t stride, int size,
-                      uint32_t mask) {
+template <class V, class Src>
+void channelVector(const Src &src, unsigned char *dst, size_t count, size_t rows, ptrdiff_t dstStep,
+                   ptrdiff_t stride, int size) {
     constexpr size_t kB = V::kBytes;
     constexpr size_t kPass = 3 * kB;
     if (count == 0) return;
-    if (stride == size) {
-        uint64_t pattern = mask;
-        if (size == 1) pattern = (mask & 0xFFu) * 0x0101010101010101ull;
-        if (size == 2) pattern = (mask & 0xFFFFu) * 0x0001000100010001ull;
-        if (size == 4) pattern = (mask & 0xFFFFFFFFull) * 0x0000000100000001ull;
-        for (size_t r = 0; r < rows; ++r)
-            andPatternVector<V>(src + static_cast<ptrdiff_t>(r) * srcStep,
-                                dst + static_cast<ptrdiff_t>(r) * dstStep,
-                                count * static_cast<size_t>(size), pattern);
-        return;
-    }
     const auto period = static_cast<size_t>(stride);
     if (stride < size || kPass % period != 0) {
-        andChannelLoop(src, dst, count, rows, srcStep, dstStep, stride, size, mask);
+        channelLoop(src, dst, count, rows, dstStep, stride, size);
         return;
     }
     // The channel's bytes and their mask from phase 0 of a pixel, long
@@ -254,19 +330,19 @@ void andChannelVector(const unsigned char *src, unsigned char *dst, size_t count
     for (size_t t = 0; t < sizeof inChannel; ++t) {
         const size_t lane = t % period;
         inChannel[t] = lane < static_cast<size_t>(size) ? 0xFF : 0;
-        masked[t] = lane < static_cast<size_t>(size) ? byteOf(mask, lane) : 0;
+        masked[t] = lane < static_cast<size_t>(size) ? byteOf(src.mask, lane) : 0;
     }
     const size_t span = (count - 1) * period + static_cast<size_t>(size);
     for (size_t r = 0; r < rows; ++r) {
-        const unsigned char *s = src + static_cast<ptrdiff_t>(r) * srcStep;
+        const Src s = src.row(r);
         unsigned char *d = dst + static_cast<ptrdiff_t>(r) * dstStep;
         const size_t first = headBytes<V>(d);
         if (span < first + kPass) {
-            andChannelBytes(s, d, 0, span, stride, size, mask);
+            channelBytes(s, d, 0, span, stride, size);
             continue;
         }
         const size_t stop = first + (span - first) / kB * kB;
-        andChannelBytes(s, d, 0, first, stride, size, mask);
+        channelBytes(s, d, 0, first, stride, size);
         const size_t phase = first % period;
         const typename V::Vec m0 = V::loadu(inChannel + phase);
         const typename V::Vec m1 = V::loadu(inChannel + phase + kB);
@@ -276,7 +352,8 @@ void andChannelVector(const unsigned char *src, unsigned char *dst, size_t count
         const typename V::Vec v2 = V::loadu(masked + phase + 2 * kB);
         size_t k = first;
         auto step = [&](size_t at, typename V::Vec m, typename V::Vec v) {
-            V::store(d + at, V::or_(V::andNot(m, V::loadu(d + at)), V::and_(V::loadu(s + at), v)));
+            V::store(d + at,
+                     V::or_(V::andNot(m, V::loadu(d + at)), V::and_(sourceVec<V>(s, at), v)));
         };
         for (; k + kPass <= stop; k += kPass) {
             step(k, m0, v0);
@@ -292,13 +369,43 @@ void andChannelVector(const unsigned char *src, unsigned char *dst, size_t count
             step(k, m1, v1);
             k += kB;
         }
-        andChannelBytes(s, d, k, span, stride, size, mask);
+        channelBytes(s, d, k, span, stride, size);
     }
+}
+
+// One channel AND a mask. Elements that follow each other without a gap
+// (stride equal to size) are a pattern run, which needn't read the
+// destination.
+template <class V>
+void andChannelVector(const unsigned char *src, unsigned char *dst, size_t count, size_t rows,
+                      ptrdiff_t srcStep, ptrdiff_t dstStep, ptrdiff_t stride, int size,
+                      uint32_t mask) {
+    if (stride != size) {
+        channelVector<V>(MaskSource{src, srcStep, mask}, dst, count, rows, dstStep, stride, size);
+        return;
+    }
+    uint64_t pattern = mask;
+    if (size == 1) pattern = (mask & 0xFFu) * 0x0101010101010101ull;
+    if (size == 2) pattern = (mask & 0xFFFFu) * 0x0001000100010001ull;
+    if (size == 4) pattern = (mask & 0xFFFFFFFFull) * 0x0000000100000001ull;
+    // Each row's pattern starts at its own first element.
+    for (size_t r = 0; r < rows; ++r)
+        andPatternVector<V>(src + static_cast<ptrdiff_t>(r) * srcStep,
+                            dst + static_cast<ptrdiff_t>(r) * dstStep,
+                            count * static_cast<size_t>(size), 1, 0, 0, pattern);
+}
+
+template <class V>
+void andPairVector(const unsigned char *a, const unsigned char *b, unsigned char *d, size_t count,
+                   size_t rows, ptrdiff_t aStep, ptrdiff_t bStep, ptrdiff_t dStep, ptrdiff_t stride,
+                   int size) {
+    channelVector<V>(PairSource{a, b, aStep, bStep, 0xFFFFFFFFu}, d, count, rows, dStep, stride,
+                     size);
 }
 
 template <class V>
 constexpr AndForms vectorAndForms() {
-    return AndForms{andPatternVector<V>, byteOpVector<V>, andChannelVector<V>};
+    return AndForms{andPatternVector<V>, byteOpVector<V>, andChannelVector<V>, andPairVector<V>};
 }
 
 #endif  // RMG_CPU_X86

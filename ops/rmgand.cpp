@@ -40,28 +40,13 @@ bool andOpen(const RmgImage *srcImageA, const RmgImage *srcImageB, const RmgImag
     return true;
 }
 
-// rmgAndBytes over `rows` rows of `bytes` bytes, or one run when the rows
-// are contiguous.
+// rmgAndBytes over the plan's rows, or one run when they are contiguous.
 void andRows(const RmgPointPlan &plan, const unsigned char *a, const unsigned char *b,
              unsigned char *d) {
-    if (plan.contiguous) {
+    if (plan.contiguous)
         rmgAndBytes(a, b, d, plan.rowBytes * plan.rows);
-        return;
-    }
-    for (int r = 0; r < plan.rows; ++r)
-        rmgAndBytes(a + times(r, plan.step[0]), b + times(r, plan.step[1]),
-                    d + times(r, plan.step[2]), plan.rowBytes);
-}
-
-// One channel of each of three pixel-order rows, element by element.
-void andChannelRow(const unsigned char *a, const unsigned char *b, unsigned char *d, int count,
-                   int strideA, int strideB, int strideD, int size) {
-    for (int i = 0; i < count; ++i) {
-        const unsigned char *ea = a + times(i, strideA);
-        const unsigned char *eb = b + times(i, strideB);
-        unsigned char *ed = d + times(i, strideD);
-        for (int j = 0; j < size; ++j) ed[j] = static_cast<unsigned char>(ea[j] & eb[j]);
-    }
+    else
+        ownAndByteRows(a, b, d, plan.rowBytes, plan.rows, plan.step[0], plan.step[1], plan.step[2]);
 }
 
 // The scheme of rmgAnd8, rmgAnd16 and rmgAnd32, `size` the element's bytes.
@@ -94,21 +79,11 @@ void andImages(const RmgImage *srcImageA, const RmgImage *srcImageB, const RmgIm
             break;
         case 'C': {
             // Each image steps over its own channels; a row holds the pixels
-            // that all three regions have. Contiguous rows of the same number
-            // of pixels in all three run as one long row.
+            // that all three regions have.
             const int pixels = minOf(minOf(plan.pixels[0], plan.pixels[1]), plan.pixels[2]);
-            const int strideA = plan.nChannels[0] * size;
-            const int strideB = plan.nChannels[1] * size;
-            const int strideD = plan.nChannels[2] * size;
-            if (plan.contiguous && plan.pixels[0] == plan.pixels[1] &&
-                plan.pixels[1] == plan.pixels[2]) {
-                andChannelRow(a, b, d, pixels * plan.rows, strideA, strideB, strideD, size);
-            } else {
-                for (int r = 0; r < plan.rows; ++r)
-                    andChannelRow(a + times(r, plan.step[0]), b + times(r, plan.step[1]),
-                                  d + times(r, plan.step[2]), pixels, strideA, strideB, strideD,
-                                  size);
-            }
+            ownAndChannels(a, b, d, pixels, plan.rows, plan.step[0], plan.step[1], plan.step[2],
+                           plan.nChannels[0] * size, plan.nChannels[1] * size,
+                           plan.nChannels[2] * size, size);
             break;
         }
         case 'D':
@@ -197,7 +172,7 @@ void rmgAnd32(const RmgImage *srcImageA, const RmgImage *srcImageB, const RmgIma
 extern "C" void rmgAnd(const RmgImage *srcImageA, const RmgImage *srcImageB, RmgImage *dstImage,
                        const int *tilePos) {
     if (!andOpen(srcImageA, srcImageB, dstImage)) return;
-    const int index = rmgAndKernelIndex(dstImage->depth);
+    const int index = ownAndKernelIndex(dstImage->depth);
     if (index < 0) return;
     static constexpr Kernel kKernels[4] = {rmgAnd1u, rmgAnd8, rmgAnd16, rmgAnd32};
     Kernel kernel = kKernels[index];

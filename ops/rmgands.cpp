@@ -242,7 +242,7 @@ void rmgAndS32(const RmgImage *srcImage, const RmgImage *dstImage, uint32_t mask
 extern "C" void rmgAndS(const RmgImage *srcImage, RmgImage *dstImage, int value,
                         const int *tilePos) {
     if (!rmgPointOpen(srcImage, dstImage, "rmgAndS", kModule)) return;
-    const int index = rmgAndKernelIndex(srcImage->depth);
+    const int index = ownAndKernelIndex(srcImage->depth);
     if (index < 0) return;
     static constexpr void (*kRows[4])(const RmgImage *, const RmgImage *, uint32_t) = {
         rmgAndS1u, rmgAndS8, rmgAndS16, rmgAndS32};

@@ -140,14 +140,16 @@ TEST(AndForms, PatternRunsAgreeAtEveryLengthAndAlignment) {
                 alignas(64) uint8_t have[300 + 2 * kGuard + 64];
                 std::memcpy(want, base.data(), sizeof want);
                 std::memcpy(have, base.data(), sizeof have);
-                rmg::kAndScalar.pattern(src.data() + srcAlign, want + kGuard + align, n, pattern);
-                forms->pattern(src.data() + srcAlign, have + kGuard + align, n, pattern);
+                rmg::kAndScalar.pattern(src.data() + srcAlign, want + kGuard + align, n, 1, 0, 0,
+                                        pattern);
+                forms->pattern(src.data() + srcAlign, have + kGuard + align, n, 1, 0, 0, pattern);
                 ASSERT_EQ(0, std::memcmp(want, have, sizeof want)) << n << " at " << align;
                 // In place.
                 std::memcpy(have, base.data(), sizeof have);
                 std::memcpy(want, base.data(), sizeof want);
-                rmg::kAndScalar.pattern(want + kGuard + align, want + kGuard + align, n, pattern);
-                forms->pattern(have + kGuard + align, have + kGuard + align, n, pattern);
+                rmg::kAndScalar.pattern(want + kGuard + align, want + kGuard + align, n, 1, 0, 0,
+                                        pattern);
+                forms->pattern(have + kGuard + align, have + kGuard + align, n, 1, 0, 0, pattern);
                 ASSERT_EQ(0, std::memcmp(want, have, sizeof want)) << n << " in place at " << align;
             }
         }
@@ -158,7 +160,7 @@ TEST(AndForms, ScalarPatternIsTheByteFormula) {
     const std::vector<uint8_t> src = randomBytes(40, 3);
     std::vector<uint8_t> dst(48, 0xEE);
     const uint64_t pattern = 0x0102040810204080ull;
-    rmg::kAndScalar.pattern(src.data(), dst.data() + 3, 37, pattern);
+    rmg::kAndScalar.pattern(src.data(), dst.data() + 3, 37, 1, 0, 0, pattern);
     for (size_t k = 0; k < 48; ++k) {
         if (k < 3 || k >= 40) {
             EXPECT_EQ(dst[k], 0xEE) << k;
@@ -185,9 +187,9 @@ TEST(AndForms, ByteOperationsAgreeAtEveryLengthAndAlignment) {
                     std::memcpy(want, base.data(), kSize);
                     std::memcpy(have, base.data(), kSize);
                     rmg::kAndScalar.bytes(op, a.data() + aAlign, b.data() + bAlign,
-                                          want + kGuard + align, n);
-                    forms->bytes(op, a.data() + aAlign, b.data() + bAlign, have + kGuard + align,
-                                 n);
+                                          want + kGuard + align, n, 1, 0, 0, 0);
+                    forms->bytes(op, a.data() + aAlign, b.data() + bAlign, have + kGuard + align, n,
+                                 1, 0, 0, 0);
                     ASSERT_EQ(0, std::memcmp(want, have, kSize))
                         << op << " " << n << " at " << align;
                     // The destination as the first source (XOR must not
@@ -195,9 +197,9 @@ TEST(AndForms, ByteOperationsAgreeAtEveryLengthAndAlignment) {
                     std::memcpy(want, base.data(), kSize);
                     std::memcpy(have, base.data(), kSize);
                     rmg::kAndScalar.bytes(op, want + kGuard + align, b.data() + bAlign,
-                                          want + kGuard + align, n);
+                                          want + kGuard + align, n, 1, 0, 0, 0);
                     forms->bytes(op, have + kGuard + align, b.data() + bAlign,
-                                 have + kGuard + align, n);
+                                 have + kGuard + align, n, 1, 0, 0, 0);
                     ASSERT_EQ(0, std::memcmp(want, have, kSize)) << op << " " << n << " in place";
                 }
             }
@@ -210,7 +212,7 @@ TEST(AndForms, ScalarByteOperationsAreTheFormulas) {
     const std::vector<uint8_t> b = randomBytes(29, 2);
     for (int op : {rmg::kByteAnd, rmg::kByteOr, rmg::kByteXor}) {
         std::vector<uint8_t> d(31, 0x77);
-        rmg::kAndScalar.bytes(op, a.data(), b.data(), d.data() + 1, 29);
+        rmg::kAndScalar.bytes(op, a.data(), b.data(), d.data() + 1, 29, 1, 0, 0, 0);
         EXPECT_EQ(d[0], 0x77);
         EXPECT_EQ(d[30], 0x77);
         for (size_t k = 0; k < 29; ++k) {
@@ -218,6 +220,45 @@ TEST(AndForms, ScalarByteOperationsAreTheFormulas) {
                              : op == rmg::kByteOr ? (a[k] | b[k])
                                                   : (a[k] ^ b[k]);
             EXPECT_EQ(d[k + 1], want) << op << " " << k;
+        }
+    }
+}
+
+// Several rows with their own steps, short and long, and a call large
+// enough for the stores that bypass the caches.
+TEST(AndForms, RowsAgreeAlsoWhenTheStoresBypassTheCaches) {
+    struct Shape {
+        size_t n, rows;
+        ptrdiff_t srcStep, dstStep, bStep;
+    };
+    const Shape shapes[] = {{5, 4, 9, 13, 7},
+                            {70, 3, 75, 77, 71},
+                            {300, 5, 301, 333, 310},
+                            {1000, 2, -1003, 1011, 1005},
+                            {3000003, 6, 3000011, 3000005, 3000009}};
+    for (const Shape &shape : shapes) {
+        const size_t span = (shape.rows + 1) * (shape.n + 64);
+        const std::vector<uint8_t> src = randomBytes(span, 41);
+        const std::vector<uint8_t> b = randomBytes(span, 42);
+        const std::vector<uint8_t> base = randomBytes(span, 43);
+        // Offsets of the first rows; a negative step starts from the end.
+        const size_t first = shape.srcStep < 0 ? span - shape.n - 3 : 3;
+        for (const rmg::AndForms *forms : vectorForms()) {
+            std::vector<uint8_t> want = base;
+            std::vector<uint8_t> have = base;
+            rmg::kAndScalar.pattern(src.data() + first, want.data() + 5, shape.n, shape.rows,
+                                    shape.srcStep, shape.dstStep, 0x0123456789ABCDEFull);
+            forms->pattern(src.data() + first, have.data() + 5, shape.n, shape.rows, shape.srcStep,
+                           shape.dstStep, 0x0123456789ABCDEFull);
+            ASSERT_TRUE(want == have) << shape.n << " x " << shape.rows;
+            for (int op : {rmg::kByteAnd, rmg::kByteXor}) {
+                rmg::kAndScalar.bytes(op, src.data() + first, b.data() + 1, want.data() + 6,
+                                      shape.n, shape.rows, shape.srcStep, shape.bStep,
+                                      shape.dstStep);
+                forms->bytes(op, src.data() + first, b.data() + 1, have.data() + 6, shape.n,
+                             shape.rows, shape.srcStep, shape.bStep, shape.dstStep);
+                ASSERT_TRUE(want == have) << op << " " << shape.n << " x " << shape.rows;
+            }
         }
     }
 }
@@ -250,6 +291,21 @@ TEST(AndForms, ChannelRunsAgreeForEveryStrideLengthAndAlignment) {
                                        step, stride, size, mask);
                         ASSERT_EQ(0, std::memcmp(wantAt, haveAt, kSize))
                             << size << "x" << channels << " " << n << " at " << align;
+                        // Two sources; then the destination as the first.
+                        const uint8_t *second = src.data() + (srcAlign * 7) % 64;
+                        rmg::kAndScalar.pair(src.data() + srcAlign, second, wantAt + kGuard + align,
+                                             n, 2, step, step + 1, step, stride, size);
+                        forms->pair(src.data() + srcAlign, second, haveAt + kGuard + align, n, 2,
+                                    step, step + 1, step, stride, size);
+                        ASSERT_EQ(0, std::memcmp(wantAt, haveAt, kSize))
+                            << "pair " << size << "x" << channels << " " << n << " at " << align;
+                        rmg::kAndScalar.pair(wantAt + kGuard + align, second,
+                                             wantAt + kGuard + align, n, 2, step, step, step,
+                                             stride, size);
+                        forms->pair(haveAt + kGuard + align, second, haveAt + kGuard + align, n, 2,
+                                    step, step, step, stride, size);
+                        ASSERT_EQ(0, std::memcmp(wantAt, haveAt, kSize))
+                            << "pair in place " << size << "x" << channels << " " << n;
                     }
                 }
             }
