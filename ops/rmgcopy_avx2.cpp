@@ -24,7 +24,9 @@ struct Avx2 {
     static void store(unsigned char *p, Vec v) {
         _mm256_store_si256(reinterpret_cast<__m256i *>(p), v);
     }
-    static Vec blend(Vec old, Vec mask, Vec v) { return _mm256_blendv_epi8(old, v, mask); }
+    static void storeMasked(unsigned char *p, Vec mask, Vec v) {
+        storeu(p, _mm256_blendv_epi8(loadu(p), v, mask));
+    }
     // Below 32 bytes: two overlapping 16-byte vectors, or the short moves.
     static void copyShort(const unsigned char *src, unsigned char *dst, size_t bytes) {
         if (bytes < 16) {

@@ -19,8 +19,9 @@ struct Avx512 {
     static Vec loadu(const unsigned char *p) { return _mm512_loadu_si512(p); }
     static void storeu(unsigned char *p, Vec v) { _mm512_storeu_si512(p, v); }
     static void store(unsigned char *p, Vec v) { _mm512_store_si512(p, v); }
-    static Vec blend(Vec old, Vec mask, Vec v) {
-        return _mm512_mask_blend_epi8(_mm512_movepi8_mask(mask), old, v);
+    // Only the bytes under the mask are written.
+    static void storeMasked(unsigned char *p, Vec mask, Vec v) {
+        _mm512_mask_storeu_epi8(p, _mm512_movepi8_mask(mask), v);
     }
     static __mmask64 run(size_t bytes) { return (__mmask64{1} << bytes) - 1; }
     static void copyShort(const unsigned char *src, unsigned char *dst, size_t bytes) {

@@ -10,7 +10,8 @@
 //   Vec, kBytes                 the vector type and its size in bytes
 //   loadu(p), storeu(p, v)      unaligned load and store
 //   store(p, v)                 aligned store
-//   blend(old, mask, v)         v where mask bytes are 0xFF, old elsewhere
+//   storeMasked(p, mask, v)     v into the bytes at p where mask bytes are
+//                               0xFF; the others keep their values
 //   copyShort(s, d, n)          a copy of n bytes, n below kBytes
 //   swapShort(a, b, n)          a swap of n bytes, n below kBytes
 // and, for the channel gathers and scatters, a type L of 16-byte lanes (see
@@ -284,7 +285,7 @@ void swapRunForm(unsigned char *first, unsigned char *second, size_t bytes) {
 
 // One channel of pixel-order pixels into the same channel position of
 // pixels with the same step (2 to 4 channels): vectors over the span of the
-// elements, the source's bytes taken where the channel masks of
+// elements, the source's bytes stored where the channel masks of
 // kChannelMasks are set and the destination's own bytes kept elsewhere. A
 // pass is three vectors, the period of the masks. Elements that end past
 // the last whole vector are copied one by one.
@@ -299,16 +300,15 @@ void copySameStep(const unsigned char *src, unsigned char *dst, size_t count, pt
     const typename V::Vec m2 = V::loadu(masks + 2 * kB);
     size_t at = 0;
     for (; at + 3 * kB <= span; at += 3 * kB) {
-        V::storeu(dst + at, V::blend(V::loadu(dst + at), m0, V::loadu(src + at)));
-        V::storeu(dst + at + kB, V::blend(V::loadu(dst + at + kB), m1, V::loadu(src + at + kB)));
-        V::storeu(dst + at + 2 * kB,
-                  V::blend(V::loadu(dst + at + 2 * kB), m2, V::loadu(src + at + 2 * kB)));
+        V::storeMasked(dst + at, m0, V::loadu(src + at));
+        V::storeMasked(dst + at + kB, m1, V::loadu(src + at + kB));
+        V::storeMasked(dst + at + 2 * kB, m2, V::loadu(src + at + 2 * kB));
     }
     if (at + kB <= span) {
-        V::storeu(dst + at, V::blend(V::loadu(dst + at), m0, V::loadu(src + at)));
+        V::storeMasked(dst + at, m0, V::loadu(src + at));
         at += kB;
         if (at + kB <= span) {
-            V::storeu(dst + at, V::blend(V::loadu(dst + at), m1, V::loadu(src + at)));
+            V::storeMasked(dst + at, m1, V::loadu(src + at));
             at += kB;
         }
     }

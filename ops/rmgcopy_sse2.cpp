@@ -24,8 +24,8 @@ struct Sse2 {
     static void store(unsigned char *p, Vec v) {
         _mm_store_si128(reinterpret_cast<__m128i *>(p), v);
     }
-    static Vec blend(Vec old, Vec mask, Vec v) {
-        return _mm_or_si128(_mm_andnot_si128(mask, old), _mm_and_si128(mask, v));
+    static void storeMasked(unsigned char *p, Vec mask, Vec v) {
+        storeu(p, _mm_or_si128(_mm_andnot_si128(mask, loadu(p)), _mm_and_si128(mask, v)));
     }
     static void copyShort(const unsigned char *src, unsigned char *dst, size_t bytes) {
         copyBelow16(src, dst, bytes);
