@@ -20,6 +20,12 @@ constexpr int32_t kInt32Min = -2147483647 - 1;
 inline int64_t clamp64(int64_t x, int64_t low, int64_t high) {
     return x < low ? low : x > high ? high : x;
 }
+// The loops' limits in 32-bit arithmetic, which the compiler turns into
+// vector code for the plain loops.
+inline int32_t clamp32(int32_t x, int32_t low, int32_t high) {
+    x = x < low ? low : x;
+    return x > high ? high : x;
+}
 
 // 32-bit sums and differences that wrap like the machine's words.
 inline int32_t wrapAdd(int32_t a, int32_t b) {
@@ -33,9 +39,14 @@ inline int32_t wrapSub(int32_t a, int32_t b) {
 // words giving 0 and words above 255 giving 255.
 inline int16_t word16(int64_t v) { return static_cast<int16_t>(static_cast<uint16_t>(v)); }
 inline uint8_t satWord8u(int32_t word) {
-    const auto w = static_cast<int16_t>(static_cast<uint16_t>(word));
-    return static_cast<uint8_t>(w < 0 ? 0 : w > 255 ? 255 : w);
+    return static_cast<uint8_t>(clamp32(static_cast<int16_t>(static_cast<uint16_t>(word)), 0, 255));
 }
+
+// The exact 16u arithmetic in 32 bits: a constant limited to
+// -131072..131072 gives every element the same result as the constant
+// itself (an element is at most 65535 away from either end).
+inline int32_t within16u(int64_t v) { return static_cast<int32_t>(clamp64(v, -131072, 131072)); }
+inline uint16_t sat16u(int32_t x) { return static_cast<uint16_t>(clamp32(x, 0, 65535)); }
 
 // The 32s kernels. Addition compares with the limit before it adds.
 inline int32_t add32s(int32_t e, int32_t v) {
@@ -78,43 +89,34 @@ inline void elemOne(int family, const unsigned char *src, unsigned char *dst, in
         *dst = satWord8u(word16(v) - *src);
         break;
     case kAdd16u:
-        storeElem<uint16_t>(dst, static_cast<uint16_t>(
-                                     clamp64(loadElem<uint16_t>(src) + v, 0, 65535)));
+        storeElem<uint16_t>(dst, sat16u(loadElem<uint16_t>(src) + within16u(v)));
         break;
     case kSub16u:
-        storeElem<uint16_t>(dst, static_cast<uint16_t>(
-                                     clamp64(loadElem<uint16_t>(src) - v, 0, 65535)));
+        storeElem<uint16_t>(dst, sat16u(loadElem<uint16_t>(src) - within16u(v)));
         break;
     case kRevSub16u:
-        storeElem<uint16_t>(dst, static_cast<uint16_t>(
-                                     clamp64(v - loadElem<uint16_t>(src), 0, 65535)));
+        storeElem<uint16_t>(dst, sat16u(within16u(v) - loadElem<uint16_t>(src)));
         break;
     case kZero16u:
         storeElem<uint16_t>(dst, 0);
         break;
     case kAdd8s:
-        storeElem<int8_t>(dst, static_cast<int8_t>(clamp64(
-                                   wrapAdd(loadElem<int8_t>(src), static_cast<int32_t>(v)), -128, 127)));
+        storeElem<int8_t>(dst, static_cast<int8_t>(clamp32(wrapAdd(loadElem<int8_t>(src), static_cast<int32_t>(v)), -128, 127)));
         break;
     case kSub8s:
-        storeElem<int8_t>(dst, static_cast<int8_t>(clamp64(
-                                   wrapSub(loadElem<int8_t>(src), static_cast<int32_t>(v)), -128, 127)));
+        storeElem<int8_t>(dst, static_cast<int8_t>(clamp32(wrapSub(loadElem<int8_t>(src), static_cast<int32_t>(v)), -128, 127)));
         break;
     case kRevSub8s:
-        storeElem<int8_t>(dst, static_cast<int8_t>(clamp64(
-                                   wrapSub(static_cast<int32_t>(v), loadElem<int8_t>(src)), -128, 127)));
+        storeElem<int8_t>(dst, static_cast<int8_t>(clamp32(wrapSub(static_cast<int32_t>(v), loadElem<int8_t>(src)), -128, 127)));
         break;
     case kAdd16s:
-        storeElem<int16_t>(dst, static_cast<int16_t>(clamp64(
-                                    wrapAdd(loadElem<int16_t>(src), static_cast<int32_t>(v)), -32768, 32767)));
+        storeElem<int16_t>(dst, static_cast<int16_t>(clamp32(wrapAdd(loadElem<int16_t>(src), static_cast<int32_t>(v)), -32768, 32767)));
         break;
     case kSub16s:
-        storeElem<int16_t>(dst, static_cast<int16_t>(clamp64(
-                                    wrapSub(loadElem<int16_t>(src), static_cast<int32_t>(v)), -32768, 32767)));
+        storeElem<int16_t>(dst, static_cast<int16_t>(clamp32(wrapSub(loadElem<int16_t>(src), static_cast<int32_t>(v)), -32768, 32767)));
         break;
     case kRevSub16s:
-        storeElem<int16_t>(dst, static_cast<int16_t>(clamp64(
-                                    wrapSub(static_cast<int32_t>(v), loadElem<int16_t>(src)), -32768, 32767)));
+        storeElem<int16_t>(dst, static_cast<int16_t>(clamp32(wrapSub(static_cast<int32_t>(v), loadElem<int16_t>(src)), -32768, 32767)));
         break;
     case kAdd32s:
         storeElem<int32_t>(dst, add32s(loadElem<int32_t>(src), static_cast<int32_t>(v)));
@@ -137,13 +139,13 @@ inline void elemOne(int family, const unsigned char *src, unsigned char *dst, in
         *dst = static_cast<uint8_t>(~*src & static_cast<uint8_t>(v));
         break;
     case kAdd8uFull:
-        *dst = static_cast<uint8_t>(clamp64(wrapAdd(*src, static_cast<int32_t>(v)), 0, 255));
+        *dst = static_cast<uint8_t>(clamp32(wrapAdd(*src, static_cast<int32_t>(v)), 0, 255));
         break;
     case kSub8uFull:
-        *dst = static_cast<uint8_t>(clamp64(wrapSub(*src, static_cast<int32_t>(v)), 0, 255));
+        *dst = static_cast<uint8_t>(clamp32(wrapSub(*src, static_cast<int32_t>(v)), 0, 255));
         break;
     case kRevSub8uFull:
-        *dst = static_cast<uint8_t>(clamp64(wrapSub(static_cast<int32_t>(v), *src), 0, 255));
+        *dst = static_cast<uint8_t>(clamp32(wrapSub(static_cast<int32_t>(v), *src), 0, 255));
         break;
     default:
         break;
@@ -177,13 +179,19 @@ constexpr size_t familySize(int family) {
     X(kRevSub32s) X(kOr1u) X(kAndNot1u) X(kNotAnd1u) X(kAdd8uFull) X(kSub8uFull)          \
     X(kRevSub8uFull)
 
-// The plain loop of a family over elements srcStride and dstStride bytes
-// apart: the scalar form (strides of one element), the heads and tails of
-// the vector forms, and the one-channel loop of pixel-order images.
+// The plain loop of a family: the scalar form, and the heads and tails of
+// the vector forms; the element size is known when it is compiled.
+template <int Family>
+inline void elemLoopOf(const unsigned char *src, unsigned char *dst, size_t n, int64_t v) {
+    constexpr size_t kSize = familySize(Family);
+    for (size_t i = 0; i < n; ++i) elemOne(Family, src + i * kSize, dst + i * kSize, v);
+}
+
+// The same over elements srcStride and dstStride bytes apart: the
+// one-channel loop of pixel-order images.
 template <int Family>
 inline void elemLoopOf(const unsigned char *src, unsigned char *dst, size_t n, int64_t v,
-                       ptrdiff_t srcStride = static_cast<ptrdiff_t>(familySize(Family)),
-                       ptrdiff_t dstStride = static_cast<ptrdiff_t>(familySize(Family))) {
+                       ptrdiff_t srcStride, ptrdiff_t dstStride) {
     for (size_t i = 0; i < n; ++i)
         elemOne(Family, src + static_cast<ptrdiff_t>(i) * srcStride,
                 dst + static_cast<ptrdiff_t>(i) * dstStride, v);
@@ -192,9 +200,9 @@ inline void elemLoopOf(const unsigned char *src, unsigned char *dst, size_t n, i
 inline void elemLoop(int family, const unsigned char *src, unsigned char *dst, size_t n,
                      int64_t v, ptrdiff_t srcStride, ptrdiff_t dstStride) {
     switch (family) {
-#define RMG_LOOP_CASE(f)                                        \
-    case f:                                                     \
-        elemLoopOf<f>(src, dst, n, v, srcStride, dstStride);    \
+#define RMG_LOOP_CASE(f)                                     \
+    case f:                                                  \
+        elemLoopOf<f>(src, dst, n, v, srcStride, dstStride); \
         break;
         RMG_ARITH_FAMILIES(RMG_LOOP_CASE)
 #undef RMG_LOOP_CASE
@@ -208,10 +216,22 @@ inline void elemLoop(int family, const unsigned char *src, unsigned char *dst, s
     }
 }
 
+// The plain loop over adjacent elements, compiled for each family's size.
 inline void elemLoop(int family, const unsigned char *src, unsigned char *dst, size_t n,
                      int64_t v) {
-    const auto size = static_cast<ptrdiff_t>(familySize(family));
-    elemLoop(family, src, dst, n, v, size, size);
+    switch (family) {
+#define RMG_LOOP_CASE(f)                \
+    case f:                             \
+        elemLoopOf<f>(src, dst, n, v);  \
+        break;
+        RMG_ARITH_FAMILIES(RMG_LOOP_CASE)
+#undef RMG_LOOP_CASE
+    case kZero16u:
+        std::memset(dst, 0, n * 2);
+        break;
+    default:
+        break;
+    }
 }
 
 // One channel of pixel-order pixels, src and dst at the first pixel's start.
