@@ -27,6 +27,12 @@ void rmgAddS8s(const RmgImage *srcImage, const RmgImage *dstImage, int value) {
 
 // The sign of the constant chooses the family: a negative one is
 // subtracted by its magnitude. Case C evaluates e + value directly.
+//
+// Constants of magnitude above 65535: every element gets the formula in
+// exact arithmetic, clamp(e + value, 0, 65535), whatever the alignment and
+// whichever case runs (so 65536 and more give 65535, -65536 and less give
+// 0). The families keep the whole magnitude to do so; the same rule holds
+// for subtraction, where value - e above 65535 gives 65535.
 void rmgAddS16u(const RmgImage *srcImage, const RmgImage *dstImage, int value) {
     if (value >= 0)
         ownAddSubImages(srcImage, dstImage, rmgAddElems16u, value, rmg::kAdd16u, value);

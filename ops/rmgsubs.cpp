@@ -11,6 +11,13 @@ namespace {
 
 constexpr char kModule[] = "rmgsubs";
 
+// The depths whose runs and one-channel loop share their arithmetic.
+void subtractWith(const RmgImage *srcImage, const RmgImage *dstImage, int value, int reversed,
+                  int subFamily, int revFamily) {
+    const int family = reversed ? revFamily : subFamily;
+    ownAddSubImages(srcImage, dstImage, family, value, family, value);
+}
+
 }  // namespace
 
 void rmgSubtractS1u(const RmgImage *srcImage, const RmgImage *dstImage, int value,
@@ -30,13 +37,13 @@ void rmgSubtractS8u(const RmgImage *srcImage, const RmgImage *dstImage, int valu
 
 void rmgSubtractS8s(const RmgImage *srcImage, const RmgImage *dstImage, int value,
                     int reversed) {
-    const int family = reversed ? rmg::kRevSub8s : rmg::kSub8s;
-    ownAddSubImages(srcImage, dstImage, family, value, family, value);
+    subtractWith(srcImage, dstImage, value, reversed, rmg::kSub8s, rmg::kRevSub8s);
 }
 
 // The sign of the constant chooses the family. Reversed with a negative
 // constant every result is 0: the region is stored with zeros, the source
-// not read. Case C evaluates the formula directly.
+// not read. Case C evaluates the formula directly. Constants of magnitude
+// above 65535 give the formula in exact arithmetic (see rmgAddS16u).
 void rmgSubtractS16u(const RmgImage *srcImage, const RmgImage *dstImage, int value,
                      int reversed) {
     const int64_t magnitude = value >= 0 ? value : -static_cast<int64_t>(value);
@@ -50,16 +57,14 @@ void rmgSubtractS16u(const RmgImage *srcImage, const RmgImage *dstImage, int val
 
 void rmgSubtractS16s(const RmgImage *srcImage, const RmgImage *dstImage, int value,
                      int reversed) {
-    const int family = reversed ? rmg::kRevSub16s : rmg::kSub16s;
-    ownAddSubImages(srcImage, dstImage, family, value, family, value);
+    subtractWith(srcImage, dstImage, value, reversed, rmg::kSub16s, rmg::kRevSub16s);
 }
 
 // Through double precision, unlike the comparing addition; the results
 // agree.
 void rmgSubtractS32s(const RmgImage *srcImage, const RmgImage *dstImage, int value,
                      int reversed) {
-    const int family = reversed ? rmg::kRevSub32s : rmg::kSub32s;
-    ownAddSubImages(srcImage, dstImage, family, value, family, value);
+    subtractWith(srcImage, dstImage, value, reversed, rmg::kSub32s, rmg::kRevSub32s);
 }
 
 extern "C" void rmgSubtractS(const RmgImage *srcImage, RmgImage *dstImage, int value,

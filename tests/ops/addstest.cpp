@@ -1,9 +1,14 @@
 #include "ops/addstest.h"
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <sstream>
+
+#include "support/rmgforms.h"
+#include "support/rmgtest.h"
 
 namespace addstest {
 
@@ -430,6 +435,34 @@ void Tiled::callBack(const RmgImage *image, int xIndex, int yIndex, int mode) {
         return;
     }
     self->info.tileData = it->second.data();
+}
+
+void expectOneReport(const char *funcName, const char *module, const std::string &context) {
+    ASSERT_EQ(rmgtest::reports().size(), 1u);
+    const rmgtest::Report &r = rmgtest::reports()[0];
+    EXPECT_EQ(r.status, RMG_StsBadArg);
+    EXPECT_EQ(r.funcName, funcName);
+    EXPECT_EQ(r.fileName, module);
+    EXPECT_EQ(r.context, context);
+    EXPECT_EQ(rmgGetErrStatus(), RMG_StsBadArg);
+}
+
+void expectInEveryForm(Kind kind, Image &src, Image &dst, int value,
+                       const std::vector<uint8_t> &want, const std::string &note) {
+    const bool same = src.image == dst.image;
+    const std::vector<uint8_t> srcBefore = src.bytes();
+    const std::vector<uint8_t> dstBefore = dst.bytes();
+    for (int form : rmgtest::runnableForms()) {
+        rmgtest::ForcedForm forced(form);
+        dst.fillFrom(dstBefore);
+        if (!same) src.fillFrom(srcBefore);
+        apply(kind, src.image, dst.image, value, nullptr);
+        ASSERT_EQ(dst.bytes(), want) << note << " form " << rmg::cpuFormName(form);
+        if (!same) {
+            ASSERT_EQ(src.bytes(), srcBefore) << note;
+        }
+        ASSERT_TRUE(rmgtest::reports().empty()) << note;
+    }
 }
 
 const std::vector<int> &extremeValues() {

@@ -183,6 +183,16 @@ struct Tiled {
 // Pattern bytes for a seed.
 void pattern(std::vector<uint8_t> &bytes, uint32_t seed);
 
+// The one report of a failed call: RMG_StsBadArg under funcName and module,
+// with the context text; the status is RMG_StsBadArg.
+void expectOneReport(const char *funcName, const char *module, const std::string &context);
+
+// Runs the operation in every vector form on the images as they are now and
+// compares the whole destination buffer with `want`, and the source with
+// what it was (unless it is the destination); no report may come.
+void expectInEveryForm(Kind kind, Image &src, Image &dst, int value,
+                       const std::vector<uint8_t> &want, const std::string &note);
+
 // Values at the ends of the depths and of 16 and 32 bits, and near them.
 const std::vector<int> &extremeValues();
 

@@ -21,18 +21,9 @@ namespace {
 
 using addstest::Image;
 using addstest::Kind;
+using addstest::expectOneReport;
 
 class AddSTest : public rmgtest::ErrorStateTest {};
-
-void expectOneReport(const char *funcName, const char *module, const std::string &context) {
-    ASSERT_EQ(rmgtest::reports().size(), 1u);
-    const rmgtest::Report &r = rmgtest::reports()[0];
-    EXPECT_EQ(r.status, RMG_StsBadArg);
-    EXPECT_EQ(r.funcName, funcName);
-    EXPECT_EQ(r.fileName, module);
-    EXPECT_EQ(r.context, context);
-    EXPECT_EQ(rmgGetErrStatus(), RMG_StsBadArg);
-}
 
 // Sets every element of channel-interleaved 8u data to `v`.
 void set8u(Image &image, uint8_t v) { std::memset(image.data, v, static_cast<size_t>(image.image->imageSize)); }
