@@ -24,6 +24,9 @@ struct Avx2 {
     static void store(unsigned char *p, Vec v) {
         _mm256_store_si256(reinterpret_cast<__m256i *>(p), v);
     }
+    static void stream(unsigned char *p, Vec v) {
+        _mm256_stream_si256(reinterpret_cast<__m256i *>(p), v);
+    }
     static void storeMasked(unsigned char *p, Vec mask, Vec v) {
         storeu(p, _mm256_blendv_epi8(loadu(p), v, mask));
     }

@@ -19,6 +19,9 @@ struct Avx512 {
     static Vec loadu(const unsigned char *p) { return _mm512_loadu_si512(p); }
     static void storeu(unsigned char *p, Vec v) { _mm512_storeu_si512(p, v); }
     static void store(unsigned char *p, Vec v) { _mm512_store_si512(p, v); }
+    static void stream(unsigned char *p, Vec v) {
+        _mm512_stream_si512(reinterpret_cast<__m512i *>(p), v);
+    }
     // Only the bytes under the mask are written.
     static void storeMasked(unsigned char *p, Vec mask, Vec v) {
         _mm512_mask_storeu_epi8(p, _mm512_movepi8_mask(mask), v);

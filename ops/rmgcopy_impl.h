@@ -10,6 +10,7 @@
 //   Vec, kBytes                 the vector type and its size in bytes
 //   loadu(p), storeu(p, v)      unaligned load and store
 //   store(p, v)                 aligned store
+//   stream(p, v)                aligned store past the caches
 //   storeMasked(p, mask, v)     v into the bytes at p where mask bytes are
 //                               0xFF; the others keep their values
 //   copyShort(s, d, n)          a copy of n bytes, n below kBytes
@@ -29,6 +30,9 @@
 #include "ops/rmgfill.h"
 #include "ops/rmgfill_impl.h"
 
+#if RMG_CPU_X86
+#include <emmintrin.h>
+#endif
 #if defined(__AVX2__)
 #include <immintrin.h>
 #endif
@@ -145,6 +149,12 @@ inline void stringCopy(const unsigned char *src, unsigned char *dst, size_t byte
     __asm__ volatile("rep movsb" : "+S"(src), "+D"(dst), "+c"(bytes) : : "memory");
 }
 
+// From this many bytes on, a run far larger than the second-level cache,
+// the stores bypass the caches (non-temporal stores, then a store fence):
+// nothing of the destination would stay cached anyway, and the lines are
+// written without being read first.
+constexpr size_t kStreamCopyBytes = size_t{1} << 24;
+
 // The first and the last sizeof(T) bytes of a run of at least that many
 // and at most twice as many: both loads before the stores.
 template <typename T>
@@ -220,7 +230,8 @@ void copyRunApart(const unsigned char *src, unsigned char *dst, size_t bytes) {
     unsigned char *at = alignDown(dst + kB, kB);
     const unsigned char *from = src + (at - dst);
     unsigned char *const end = dst + bytes;
-    if (bytes >= kStringCopyBytes && (detail::gFeatures & kCpuErms)) {
+    const bool streaming = bytes >= kStreamCopyBytes;
+    if (!streaming && bytes >= kStringCopyBytes && (detail::gFeatures & kCpuErms)) {
         stringCopy(from, at, static_cast<size_t>(end - at));
         return;
     }
@@ -229,11 +240,19 @@ void copyRunApart(const unsigned char *src, unsigned char *dst, size_t bytes) {
         const typename V::Vec b = V::loadu(from + kB);
         const typename V::Vec c = V::loadu(from + 2 * kB);
         const typename V::Vec d = V::loadu(from + 3 * kB);
-        V::store(at, a);
-        V::store(at + kB, b);
-        V::store(at + 2 * kB, c);
-        V::store(at + 3 * kB, d);
+        if (streaming) {
+            V::stream(at, a);
+            V::stream(at + kB, b);
+            V::stream(at + 2 * kB, c);
+            V::stream(at + 3 * kB, d);
+        } else {
+            V::store(at, a);
+            V::store(at + kB, b);
+            V::store(at + 2 * kB, c);
+            V::store(at + 3 * kB, d);
+        }
     }
+    if (streaming) _mm_sfence();
     // At most four vectors remain: the last four of the run cover them.
     const unsigned char *tail = src + bytes - 4 * kB;
     const typename V::Vec a = V::loadu(tail);

@@ -24,6 +24,9 @@ struct Sse2 {
     static void store(unsigned char *p, Vec v) {
         _mm_store_si128(reinterpret_cast<__m128i *>(p), v);
     }
+    static void stream(unsigned char *p, Vec v) {
+        _mm_stream_si128(reinterpret_cast<__m128i *>(p), v);
+    }
     static void storeMasked(unsigned char *p, Vec mask, Vec v) {
         storeu(p, _mm_or_si128(_mm_andnot_si128(mask, loadu(p)), _mm_and_si128(mask, v)));
     }

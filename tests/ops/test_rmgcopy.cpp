@@ -234,6 +234,21 @@ TEST(CopyBytes, LongRunsGiveTheByteLoop) {
     });
 }
 
+// A run past the size from which the stores bypass the caches.
+TEST(CopyBytes, HugeRunGivesTheByteLoop) {
+    const size_t count = (size_t{1} << 24) + 77;
+    Canvas src(count + 2 * kGuard, 12);
+    Canvas dst(count + 2 * kGuard, 13);
+    const std::vector<unsigned char> dstBytes = dst.bytes();
+    std::vector<unsigned char> want = dstBytes;
+    std::memcpy(want.data() + kGuard + 3, src.data() + kGuard + 5, count);
+    inEveryForm([&](int) {
+        dst.set(dstBytes);
+        rmgCopyBytes(src.data() + kGuard + 5, dst.data() + kGuard + 3, static_cast<int>(count));
+        ASSERT_TRUE(sameBytes(dst.bytes(), want));
+    });
+}
+
 // One channel of pixels of 1 to 4 channels into one channel of pixels of 1
 // to 4 channels, for each element size, at several alignments of both.
 TEST(CopyStrided, EveryLayoutPairGivesTheElementLoop) {
