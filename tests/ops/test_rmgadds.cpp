@@ -336,6 +336,31 @@ TEST_F(AddSTest, WholeImagesOverwriteTheRowPaddingWithTheSourcePaddingsResult) {
     EXPECT_EQ(dst.bytes(), (std::vector<uint8_t>{6, 7, 0, 0, 9, 10, 0, 0}));
 }
 
+// Rows count as contiguous when the region's row length equals widthStep,
+// which is read for this test alone: addresses come from the row step that
+// the header's fields give.
+TEST_F(AddSTest, ContiguityIsJudgedByWidthStep) {
+    Image src(1, RMG_DEPTH_8U, RMG_DATA_PIXEL, 4, 3, 3, 1);  // rows of 4 bytes
+    Image dst(1, RMG_DEPTH_8U, RMG_DATA_PIXEL, 4, 3, 3, 2);
+    std::vector<uint8_t> pixels(12);
+    for (int i = 0; i < 12; ++i) pixels[static_cast<size_t>(i)] = static_cast<uint8_t>(10 + i);
+    src.fillFrom(pixels);
+    dst.fillFrom(std::vector<uint8_t>(12, 0));
+    src.setRoi(0, 0, 0, 2, 3);  // two of the three rows: not whole
+    rmgAddS(src.image, dst.image, 1, nullptr);
+    EXPECT_EQ(dst.bytes(), (std::vector<uint8_t>{11, 12, 13, 0, 15, 16, 17, 0, 0, 0, 0, 0}));
+    // With widthStep 3 in both headers the two rows are one run of 6
+    // elements from the first: the padding byte of row 0 is processed and
+    // the last element of row 1 is not.
+    src.image->widthStep = 3;
+    dst.image->widthStep = 3;
+    dst.fillFrom(std::vector<uint8_t>(12, 0));
+    rmgAddS(src.image, dst.image, 1, nullptr);
+    EXPECT_EQ(dst.bytes(), (std::vector<uint8_t>{11, 12, 13, 14, 15, 16, 0, 0, 0, 0, 0, 0}));
+    src.image->widthStep = 4;
+    dst.image->widthStep = 4;
+}
+
 TEST_F(AddSTest, ImagesOfDifferentSizesWorkOnTheSmallerHeightAndWidth) {
     Image src(2, RMG_DEPTH_16S, RMG_DATA_PLANE, 4, 5, 7, 1);
     Image dst(2, RMG_DEPTH_16S, RMG_DATA_PLANE, 8, 4, 9, 2);
