@@ -476,45 +476,47 @@ struct VecStep {
     }
 };
 
-// One run with vectors: elements one by one until the destination is
-// aligned to the vector (when whole elements can get it there), then four
-// and single vectors, then the rest one by one. Source loads may be
-// unaligned. A vector step reads a whole vector of the source and then
-// writes the same elements of the destination, so source and destination
-// may be one buffer.
+// One run with vectors. Runs shorter than a vector go one element at a
+// time. Otherwise the first and the last vector of the run are read and
+// worked out first (unaligned, they may overlap the middle), the middle
+// goes in vectors stored at the destination's vector alignment (when whole
+// elements can reach it; unaligned otherwise), and the first and last
+// results are stored at the end. Every element's result depends on its own
+// source element alone, so a byte written twice gets the same value twice,
+// and since the ends are read before anything is written, source and
+// destination may be one buffer.
 template <class V, int Kind, int Family>
 void runVector(const unsigned char *src, unsigned char *dst, size_t n, int64_t value,
                const Step &step) {
     const size_t size = familySize(Family);
-    const size_t per = V::kBytes / size;
-    size_t i = 0;
-    const size_t misalign = reinterpret_cast<uintptr_t>(dst) & (V::kBytes - 1);
-    if (misalign != 0 && misalign % size == 0) {
-        size_t head = (V::kBytes - misalign) / size;
-        if (head > n) head = n;
-        elemLoopOf<Family>(src, dst, head, value);
-        i = head;
+    const size_t bytes = n * size;
+    if (bytes < V::kBytes) {
+        elemLoopOf<Family>(src, dst, n, value);
+        return;
     }
     const VecStep<V, Kind> op(step, size);
-    const bool aligned = (reinterpret_cast<uintptr_t>(dst + i * size) & (V::kBytes - 1)) == 0;
-    if (aligned) {
-        for (; i + 4 * per <= n; i += 4 * per) {
-            const unsigned char *s = src + i * size;
-            unsigned char *t = dst + i * size;
-            const typename V::Vec a0 = op(V::loadu(s));
-            const typename V::Vec a1 = op(V::loadu(s + V::kBytes));
-            const typename V::Vec a2 = op(V::loadu(s + 2 * V::kBytes));
-            const typename V::Vec a3 = op(V::loadu(s + 3 * V::kBytes));
-            V::store(t, a0);
-            V::store(t + V::kBytes, a1);
-            V::store(t + 2 * V::kBytes, a2);
-            V::store(t + 3 * V::kBytes, a3);
+    const typename V::Vec first = op(V::loadu(src));
+    const typename V::Vec last = op(V::loadu(src + bytes - V::kBytes));
+    const size_t misalign = reinterpret_cast<uintptr_t>(dst) & (V::kBytes - 1);
+    size_t i = misalign == 0 ? 0 : V::kBytes - misalign;
+    if (i % size == 0) {
+        for (; i + 4 * V::kBytes <= bytes; i += 4 * V::kBytes) {
+            const typename V::Vec a0 = op(V::loadu(src + i));
+            const typename V::Vec a1 = op(V::loadu(src + i + V::kBytes));
+            const typename V::Vec a2 = op(V::loadu(src + i + 2 * V::kBytes));
+            const typename V::Vec a3 = op(V::loadu(src + i + 3 * V::kBytes));
+            V::store(dst + i, a0);
+            V::store(dst + i + V::kBytes, a1);
+            V::store(dst + i + 2 * V::kBytes, a2);
+            V::store(dst + i + 3 * V::kBytes, a3);
         }
-        for (; i + per <= n; i += per) V::store(dst + i * size, op(V::loadu(src + i * size)));
+        for (; i + V::kBytes <= bytes; i += V::kBytes) V::store(dst + i, op(V::loadu(src + i)));
     } else {
-        for (; i + per <= n; i += per) V::storeu(dst + i * size, op(V::loadu(src + i * size)));
+        for (i = V::kBytes; i + V::kBytes <= bytes; i += V::kBytes)
+            V::storeu(dst + i, op(V::loadu(src + i)));
     }
-    elemLoopOf<Family>(src + i * size, dst + i * size, n - i, value);
+    V::storeu(dst, first);
+    V::storeu(dst + bytes - V::kBytes, last);
 }
 
 // One channel of `pixels` pixel-order pixels of `channels` (2 to 4)
