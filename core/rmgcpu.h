@@ -22,7 +22,8 @@
 // function or template with external linkage, the standard library's
 // included. The linker keeps one copy of each such function, and it may be
 // the one compiled for the wider instruction set, which then runs on every
-// processor. Helpers of those files live in an anonymous namespace.
+// processor. Helpers of those files live in an anonymous namespace; the
+// basic vector operations of each instruction set are in core/rmgvec.h.
 #ifndef RMG_CORE_RMGCPU_H
 #define RMG_CORE_RMGCPU_H
 

@@ -3,14 +3,8 @@
 // in an anonymous namespace so that each of those files keeps its own copy,
 // compiled with its own options (see core/rmgcpu.h).
 //
-// The vector templates take a traits type V of the including file:
-//   Vec, kBytes                 the vector type and its size in bytes
-//   splat(word)                 the 32-bit word in every lane
-//   loadu(p), load(p)           unaligned and aligned loads
-//   storeu(p, v), store(p, v)   unaligned and aligned stores
-//   select(mask, v)             v where mask bytes are 0xFF, 0 elsewhere
-//   blend(old, mask, pattern)   pattern where mask bytes are 0xFF, old
-//                               elsewhere (pattern is 0 outside the mask)
+// The vector templates take a traits type V of the including file, one of
+// core/rmgvec.h with two additions:
 //   fillShort(p, bytes, word)   the whole run for bytes below kBytes
 //   kStringStoreBytes           where long runs change to `rep stos`
 #ifndef RMG_OPS_RMGFILL_IMPL_H
@@ -127,7 +121,7 @@ void fillRunVector(unsigned char *row, size_t bytes, uint32_t word) {
     }
     unsigned char *const end = row + bytes;
     {
-        const typename V::Vec v = V::splat(word);
+        const typename V::Vec v = V::splat32(word);
         V::storeu(row, v);
         V::storeu(end - kB, v);
         if (bytes <= 2 * kB) return;
@@ -150,7 +144,7 @@ void fillRunVector(unsigned char *row, size_t bytes, uint32_t word) {
         stringStore(at, static_cast<size_t>(stop - at), shifted);
         return;
     }
-    const typename V::Vec rotated = V::splat(shifted);
+    const typename V::Vec rotated = V::splat32(shifted);
     for (; stop - at >= static_cast<ptrdiff_t>(4 * kB); at += 4 * kB) {
         V::store(at, rotated);
         V::store(at + kB, rotated);
@@ -215,21 +209,18 @@ void fillStridedVector(unsigned char *row, size_t count, ptrdiff_t stride, uint3
     const size_t offset = static_cast<size_t>(at - row);
     const unsigned char *masks =
         kChannelMasks.rows[maskRow] + offset % static_cast<size_t>(stride);
-    const typename V::Vec word = V::splat(shiftWord(patternWord(value, size), offset));
+    const typename V::Vec word = V::splat32(shiftWord(patternWord(value, size), offset));
     const typename V::Vec m0 = V::loadu(masks);
     const typename V::Vec m1 = V::loadu(masks + V::kBytes);
     const typename V::Vec m2 = V::loadu(masks + 2 * V::kBytes);
-    const typename V::Vec p0 = V::select(m0, word);
-    const typename V::Vec p1 = V::select(m1, word);
-    const typename V::Vec p2 = V::select(m2, word);
     for (; stop - at >= pass; at += pass) {
-        V::store(at, V::blend(V::load(at), m0, p0));
-        V::store(at + V::kBytes, V::blend(V::load(at + V::kBytes), m1, p1));
-        V::store(at + 2 * V::kBytes, V::blend(V::load(at + 2 * V::kBytes), m2, p2));
+        V::store(at, V::blend(V::load(at), word, m0));
+        V::store(at + V::kBytes, V::blend(V::load(at + V::kBytes), word, m1));
+        V::store(at + 2 * V::kBytes, V::blend(V::load(at + 2 * V::kBytes), word, m2));
     }
     // Fewer than three vectors remain; they continue the period from m0.
-    if (at < stop) V::store(at, V::blend(V::load(at), m0, p0));
-    if (at + V::kBytes < stop) V::store(at + V::kBytes, V::blend(V::load(at + V::kBytes), m1, p1));
+    if (at < stop) V::store(at, V::blend(V::load(at), word, m0));
+    if (at + V::kBytes < stop) V::store(at + V::kBytes, V::blend(V::load(at + V::kBytes), word, m1));
 }
 
 // The kernels of a vector form.
