@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "ops/rmgfill.h"
+#include "support/rmgcanvas.h"
 #include "support/rmgforms.h"
 
 #if defined(__SANITIZE_ADDRESS__)
@@ -32,20 +33,7 @@ constexpr int kMaxCount = 300;
 constexpr int kAlignments = 64;
 constexpr size_t kGuard = 64;
 
-// Bytes whose start is a multiple of 64.
-class Canvas {
-public:
-    explicit Canvas(size_t bytes) : storage_(bytes + 64), bytes_(bytes) {}
-    unsigned char *data() {
-        const auto at = reinterpret_cast<uintptr_t>(storage_.data());
-        return storage_.data() + ((64 - at % 64) % 64);
-    }
-    size_t size() const { return bytes_; }
-
-private:
-    std::vector<unsigned char> storage_;
-    size_t bytes_;
-};
+using rmgtest::Canvas;
 
 // Random contents, copied from a pool of random bytes at a random place.
 class RandomBytes {
@@ -140,19 +128,19 @@ private:
 };
 
 ::testing::AssertionResult checkCase(RandomBytes &random, const Case &c) {
-    Canvas pristine(c.bytes);
-    random.fill(pristine.data(), c.bytes);
+    Canvas work(c.bytes);
+    random.fill(work.data(), c.bytes);
+    const std::vector<unsigned char> before = work.bytes();
     const uint32_t value = random.next();
-    std::vector<unsigned char> expected(pristine.data(), pristine.data() + c.bytes);
+    std::vector<unsigned char> expected = before;
     model(expected.data() + c.first, c.count, c.stride == 0 ? c.size : c.stride, value, c.size);
 
     std::ostringstream what;
     what << "size " << c.size << " count " << c.count << " stride " << c.stride << " first "
          << c.first << " value 0x" << std::hex << value;
     std::vector<unsigned char> scalar;
-    Canvas work(c.bytes);
     for (int form : rmgtest::runnableForms()) {
-        std::memcpy(work.data(), pristine.data(), c.bytes);
+        work.set(before);
         {
             rmgtest::ForcedForm forced(form);
             SpanOnly span(work.data(), c);
@@ -162,7 +150,7 @@ private:
         if (form == rmg::kFormScalar) {
             auto same = sameBytes(work.data(), expected.data(), c.bytes, where + " vs model");
             if (!same) return same;
-            scalar.assign(work.data(), work.data() + c.bytes);
+            scalar = work.bytes();
         } else {
             auto same = sameBytes(work.data(), scalar.data(), c.bytes, where + " vs scalar");
             if (!same) return same;
