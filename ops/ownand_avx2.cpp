@@ -18,6 +18,9 @@ struct Avx2 {
     static Vec loadu(const unsigned char *p) {
         return _mm256_loadu_si256(reinterpret_cast<const __m256i *>(p));
     }
+    static void storeu(unsigned char *p, Vec v) {
+        _mm256_storeu_si256(reinterpret_cast<__m256i *>(p), v);
+    }
     static void store(unsigned char *p, Vec v) {
         _mm256_store_si256(reinterpret_cast<__m256i *>(p), v);
     }

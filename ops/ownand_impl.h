@@ -8,6 +8,7 @@
 //   Vec, kBytes                   the vector type and its size in bytes
 //   splat64(word)                 the 64-bit word in every 8-byte lane
 //   loadu(p), store(p, v)         unaligned load, aligned store
+//   storeu(p, v)                  unaligned store
 //   stream(p, v), fence()         aligned store past the caches, and the
 //                                 fence that orders such stores
 //   and_(a, b), or_(a, b), xor_(a, b), andNot(a, b) (~a & b)
@@ -137,13 +138,28 @@ void channelBytes(const Src &src, unsigned char *dst, size_t first, size_t last,
     }
 }
 
+// `count` elements of Size bytes, `stride` bytes apart, of one row.
+template <int Size, class Src>
+void channelElements(const Src &src, unsigned char *dst, size_t count, ptrdiff_t stride) {
+    for (size_t i = 0; i < count; ++i) {
+        const size_t at = i * static_cast<size_t>(stride);
+        for (size_t j = 0; j < Size; ++j) dst[at + j] = src.byte(at + j, j);
+    }
+}
+
 template <class Src>
 void channelLoop(const Src &src, unsigned char *dst, size_t count, size_t rows, ptrdiff_t dstStep,
                  ptrdiff_t stride, int size) {
-    if (count == 0) return;
-    const size_t span = (count - 1) * static_cast<size_t>(stride) + static_cast<size_t>(size);
-    for (size_t r = 0; r < rows; ++r)
-        channelBytes(src.row(r), dst + static_cast<ptrdiff_t>(r) * dstStep, 0, span, stride, size);
+    for (size_t r = 0; r < rows; ++r) {
+        const Src s = src.row(r);
+        unsigned char *d = dst + static_cast<ptrdiff_t>(r) * dstStep;
+        if (size == 1)
+            channelElements<1>(s, d, count, stride);
+        else if (size == 2)
+            channelElements<2>(s, d, count, stride);
+        else
+            channelElements<4>(s, d, count, stride);
+    }
 }
 
 inline void andChannelLoop(const unsigned char *src, unsigned char *dst, size_t count, size_t rows,
@@ -206,22 +222,25 @@ size_t alignedRun(unsigned char *dst, size_t k, size_t n, const At &at) {
     return k;
 }
 
-// One row of the pattern kernel with vectors: the bytes up to the
-// destination's first aligned vector with the plain loop, then aligned
-// vectors, then the rest with the plain loop. The source may have any
-// alignment. Each step reads its source bytes before it writes, so the
-// source may be the destination.
+// One row of the pattern kernel with vectors: an unaligned vector at each
+// end and aligned vectors between them; rows shorter than a vector take the
+// plain loop. The source may have any alignment. The end vectors overlap
+// the aligned ones, which is harmless: ANDing with the pattern gives the
+// same byte however often it is applied, and each vector reads its source
+// before it writes, so the source may also be the destination.
 template <class V, bool Stream>
 void andPatternRow(const unsigned char *src, unsigned char *dst, size_t n, uint64_t pattern) {
-    if (n < 2 * V::kBytes) {
+    constexpr size_t kB = V::kBytes;
+    if (n < kB) {
         andPatternLoop(src, dst, n, pattern);
         return;
     }
+    V::storeu(dst, V::and_(V::loadu(src), V::splat64(pattern)));
     size_t k = headBytes<V>(dst);
-    andPatternLoop(src, dst, k, pattern);
     const typename V::Vec p = V::splat64(rotatePattern(pattern, k));
-    k = alignedRun<V, Stream>(dst, k, n, [&](size_t at) { return V::and_(V::loadu(src + at), p); });
-    andPatternLoop(src + k, dst + k, n - k, rotatePattern(pattern, k));
+    alignedRun<V, Stream>(dst, k, n, [&](size_t at) { return V::and_(V::loadu(src + at), p); });
+    const size_t last = n - kB;
+    V::storeu(dst + last, V::and_(V::loadu(src + last), V::splat64(rotatePattern(pattern, last))));
 }
 
 template <class V, bool Stream>
@@ -249,18 +268,27 @@ inline typename V::Vec vecOp(typename V::Vec a, typename V::Vec b) {
     return Op == kByteAnd ? V::and_(a, b) : Op == kByteOr ? V::or_(a, b) : V::xor_(a, b);
 }
 
-// One row of the byte kernels with vectors, in the scheme of the pattern
-// kernel.
+// One row of the byte kernels with vectors. AND and OR in the scheme of
+// the pattern kernel, with unaligned vectors at the ends: applying them
+// twice gives the same byte, also where the destination is one of the
+// sources. XOR would not, so its ends go through the plain loop.
 template <class V, int Op, bool Stream>
 void byteOpRow(const unsigned char *a, const unsigned char *b, unsigned char *d, size_t n) {
-    if (n < 2 * V::kBytes) {
+    constexpr size_t kB = V::kBytes;
+    auto at = [&](size_t k) { return vecOp<V, Op>(V::loadu(a + k), V::loadu(b + k)); };
+    if (Op != kByteXor && n >= kB) {
+        V::storeu(d, at(0));
+        alignedRun<V, Stream>(d, headBytes<V>(d), n, at);
+        V::storeu(d + n - kB, at(n - kB));
+        return;
+    }
+    if (n < 2 * kB) {
         byteOpLoop<Op>(a, b, d, n);
         return;
     }
     size_t k = headBytes<V>(d);
     byteOpLoop<Op>(a, b, d, k);
-    k = alignedRun<V, Stream>(
-        d, k, n, [&](size_t at) { return vecOp<V, Op>(V::loadu(a + at), V::loadu(b + at)); });
+    k = alignedRun<V, Stream>(d, k, n, at);
     byteOpLoop<Op>(a + k, b + k, d + k, n - k);
 }
 

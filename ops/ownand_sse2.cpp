@@ -18,6 +18,9 @@ struct Sse2 {
     static Vec loadu(const unsigned char *p) {
         return _mm_loadu_si128(reinterpret_cast<const __m128i *>(p));
     }
+    static void storeu(unsigned char *p, Vec v) {
+        _mm_storeu_si128(reinterpret_cast<__m128i *>(p), v);
+    }
     static void store(unsigned char *p, Vec v) {
         _mm_store_si128(reinterpret_cast<__m128i *>(p), v);
     }
