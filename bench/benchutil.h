@@ -19,6 +19,7 @@
 #include <utility>
 
 #include "core/rmgcpu.h"
+#include "rmg.h"
 
 namespace rmgbench {
 
@@ -95,6 +96,39 @@ inline void registerMemcpy(const std::string &name, size_t bytes) {
         }
         return bytes;
     });
+}
+
+// The images the operations' benchmarks use: 3 channels in pixel order, at
+// these sizes and depths.
+struct ImageSize {
+    const char *name;
+    int height, width;
+};
+constexpr ImageSize kImageSizes[] = {{"3840x2160x3", 2160, 3840}, {"512x512x3", 512, 512}};
+
+struct ImageDepth {
+    const char *name;
+    unsigned int depth;
+};
+constexpr ImageDepth kImageDepths[] = {
+    {"8u", RMG_DEPTH_8U}, {"16u", RMG_DEPTH_16U}, {"32s", RMG_DEPTH_32S}};
+
+// A header of such an image over `data`, with `roi` (may be null); given
+// back with releaseHeader, which leaves data and ROI alone.
+inline RmgImage *imageHeader(const ImageSize &size, const ImageDepth &depth, RmgROI *roi,
+                             unsigned char *data) {
+    RmgImage *image = rmgCreateImageHeader(3, 0, depth.depth, "RGB", "BGR", RMG_DATA_PIXEL,
+                                           RMG_ORIGIN_TL, 8, size.height, size.width, roi,
+                                           nullptr, nullptr);
+    if (image == nullptr) std::abort();
+    image->imageData = data;
+    return image;
+}
+
+inline void releaseHeader(RmgImage *image) {
+    image->imageData = nullptr;
+    image->roi = nullptr;
+    rmgDeallocate(image, RMG_DEALLOC_HEADER);
 }
 
 }  // namespace rmgbench
