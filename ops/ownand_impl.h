@@ -4,14 +4,7 @@
 // files keeps its own copy, compiled with its own options (see
 // core/rmgcpu.h).
 //
-// The vector templates take a traits type V of the including file:
-//   Vec, kBytes                   the vector type and its size in bytes
-//   splat64(word)                 the 64-bit word in every 8-byte lane
-//   loadu(p), store(p, v)         unaligned load, aligned store
-//   storeu(p, v)                  unaligned store
-//   stream(p, v), fence()         aligned store past the caches, and the
-//                                 fence that orders such stores
-//   and_(a, b), or_(a, b), xor_(a, b), andNot(a, b) (~a & b)
+// The vector templates take a traits type of core/rmgvec.h.
 #ifndef RMG_OPS_OWNAND_IMPL_H
 #define RMG_OPS_OWNAND_IMPL_H
 

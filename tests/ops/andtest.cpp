@@ -1,11 +1,7 @@
 #include "ops/andtest.h"
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <cstring>
-
-#include "support/rmgtest.h"
 
 namespace andtest {
 
@@ -34,16 +30,6 @@ uint32_t maskOf(unsigned int depth, int value) {
         default:
             return v;
     }
-}
-
-void expectOneReport(const char *funcName, const char *module, const std::string &context) {
-    ASSERT_EQ(rmgtest::reports().size(), 1u);
-    const rmgtest::Report &r = rmgtest::reports()[0];
-    EXPECT_EQ(r.status, RMG_StsBadArg);
-    EXPECT_EQ(r.funcName, funcName);
-    EXPECT_EQ(r.fileName, module);
-    EXPECT_EQ(r.context, context);
-    EXPECT_EQ(rmgGetErrStatus(), RMG_StsBadArg);
 }
 
 bool bitOf(const uint8_t *row, int64_t x) { return (row[x >> 3] >> (7 - (x & 7))) & 1; }

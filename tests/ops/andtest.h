@@ -25,7 +25,6 @@
 #define RMG_TESTS_OPS_ANDTEST_H
 
 #include <cstdint>
-#include <string>
 #include <vector>
 
 #include "ops/addstest.h"
@@ -46,10 +45,6 @@ std::vector<uint8_t> andSModel(const RmgImage *src, const std::vector<uint8_t> &
 std::vector<uint8_t> andModel(const RmgImage *a, const std::vector<uint8_t> &aBytes,
                               const RmgImage *b, const std::vector<uint8_t> &bBytes,
                               const RmgImage *dst, const std::vector<uint8_t> &dstBytes);
-
-// Exactly one report since the fixture's start: RMG_StsBadArg under the
-// operation's name and module with `context`; the status is left at it.
-void expectOneReport(const char *funcName, const char *module, const std::string &context);
 
 // Bit x of a row that starts at `row`, most significant bit first.
 bool bitOf(const uint8_t *row, int64_t x);

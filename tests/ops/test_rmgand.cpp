@@ -20,7 +20,7 @@ using addstest::Image;
 class AndTest : public rmgtest::ErrorStateTest {};
 
 void expectOneReport(const std::string &context) {
-    andtest::expectOneReport("rmgAnd", "rmgand", context);
+    addstest::expectOneReport("rmgAnd", "rmgand", context);
 }
 
 std::vector<uint8_t> andOf(const std::vector<uint8_t> &a, const std::vector<uint8_t> &b) {

@@ -342,7 +342,7 @@ TEST_F(AndTilesTest, ANullTileOfEachImageOfRmgAnd) {
         Tiled *all[3] = {&a, &b, &d};
         all[p.image]->refused = {p.tile};
         rmgAnd(a.image, b.image, d.image, nullptr);
-        andtest::expectOneReport("rmgAnd", "rmgand", p.text);
+        addstest::expectOneReport("rmgAnd", "rmgand", p.text);
         EXPECT_EQ(addstest::describe(all[p.image]->calls), p.sequence) << p.text;
         // Images after the failing one in the step were not asked.
         if (p.tile == std::make_pair(0, 0)) {
@@ -373,7 +373,7 @@ TEST_F(AndTilesTest, ATileNotClearedOnReleaseOfEachImageOfRmgAnd) {
         Tiled *all[3] = {&a, &b, &d};
         all[p.image]->held = {p.tile};
         rmgAnd(a.image, b.image, d.image, nullptr);
-        andtest::expectOneReport("rmgAnd", "rmgand", p.text);
+        addstest::expectOneReport("rmgAnd", "rmgand", p.text);
         const TileCall released{p.tile.first, p.tile.second, RMG_TILE_RELEASE};
         ASSERT_FALSE(all[p.image]->calls.empty());
         EXPECT_EQ(all[p.image]->calls.back(), released) << p.text;
@@ -385,7 +385,7 @@ TEST_F(AndTilesTest, ANullTileAndATileNotClearedInRmgAndS) {
     Tiled dst(1, RMG_DEPTH_8U, RMG_DATA_PIXEL, 4, 16, 16, 8, 8, 2);
     src.refused = {{0, 1}};
     rmgAndS(src.image, dst.image, 1, nullptr);
-    andtest::expectOneReport("rmgAndS", "rmgands",
+    addstest::expectOneReport("rmgAndS", "rmgands",
                              "(srcImage->tileInfo->tileData == ((void*)(0)))");
     EXPECT_EQ(addstest::describe(src.calls), "(0,0,1)(0,0,4)(1,0,1)(1,0,4)(0,1,1)");
 
@@ -395,7 +395,7 @@ TEST_F(AndTilesTest, ANullTileAndATileNotClearedInRmgAndS) {
     dst.calls.clear();
     dst.refused = {{1, 0}};
     rmgAndS(src.image, dst.image, 1, nullptr);
-    andtest::expectOneReport("rmgAndS", "rmgands",
+    addstest::expectOneReport("rmgAndS", "rmgands",
                              "(dstImage->tileInfo->tileData == ((void*)(0)))");
     EXPECT_EQ(addstest::describe(dst.calls), "(0,0,2)(0,0,4)(1,0,2)");
 
@@ -404,7 +404,7 @@ TEST_F(AndTilesTest, ANullTileAndATileNotClearedInRmgAndS) {
     dst.calls.clear();
     src.held = {{1, 0}};
     rmgAndS(src.image, dst.image, 1, nullptr);
-    andtest::expectOneReport("rmgAndS", "rmgands",
+    addstest::expectOneReport("rmgAndS", "rmgands",
                              "(srcImage->tileInfo->tileData != ((void*)(0)))");
 
     rmgtest::reports().clear();
@@ -412,7 +412,7 @@ TEST_F(AndTilesTest, ANullTileAndATileNotClearedInRmgAndS) {
     src.info.tileData = nullptr;
     dst.held = {{0, 0}};
     rmgAndS(src.image, dst.image, 1, nullptr);
-    andtest::expectOneReport("rmgAndS", "rmgands",
+    addstest::expectOneReport("rmgAndS", "rmgands",
                              "(dstImage->tileInfo->tileData != ((void*)(0)))");
 }
 
@@ -440,7 +440,7 @@ TEST_F(AndTilesTest, ATilePosOutsideTheDestinationRegion) {
                 rmgAnd(a.image, b.image, d.image, tilePos);
             else
                 rmgAndS(a.image, d.image, 1, tilePos);
-            andtest::expectOneReport(op == 0 ? "rmgAnd" : "rmgAndS", op == 0 ? "rmgand" : "rmgands",
+            addstest::expectOneReport(op == 0 ? "rmgAnd" : "rmgAndS", op == 0 ? "rmgand" : "rmgands",
                                      p.text);
             EXPECT_TRUE(d.calls.empty());
         }

@@ -20,7 +20,7 @@ using addstest::Image;
 class AndSTest : public rmgtest::ErrorStateTest {};
 
 void expectOneReport(const std::string &context) {
-    andtest::expectOneReport("rmgAndS", "rmgands", context);
+    addstest::expectOneReport("rmgAndS", "rmgands", context);
 }
 
 std::vector<uint16_t> words16(const Image &image) {
