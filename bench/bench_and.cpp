@@ -13,17 +13,8 @@
 
 namespace {
 
-struct Size {
-    const char *name;
-    int height, width;
-};
-constexpr Size kSizes[] = {{"3840x2160x3", 2160, 3840}, {"512x512x3", 512, 512}};
-
-struct Depth {
-    const char *name;
-    unsigned int depth;
-};
-constexpr Depth kDepths[] = {{"8u", RMG_DEPTH_8U}, {"16u", RMG_DEPTH_16U}, {"32s", RMG_DEPTH_32S}};
+using rmgbench::ImageDepth;
+using rmgbench::ImageSize;
 
 // The region of a benchmark: the whole image, a ROI 16 pixels in from
 // each edge, or channel 2 of the whole image.
@@ -46,27 +37,16 @@ unsigned char *secondSource(size_t bytes) {
 }
 
 // A header over `data` with the region's ROI (or none).
-RmgImage *header(const Size &size, const Depth &depth, Region region, RmgROI *roi,
+RmgImage *header(const ImageSize &size, const ImageDepth &depth, Region region, RmgROI *roi,
                  unsigned char *data) {
     *roi = region == kRoi ? RmgROI{0, 16, 16, size.height - 32, size.width - 32}
                           : RmgROI{2, 0, 0, size.height, size.width};
-    RmgImage *image = rmgCreateImageHeader(3, 0, depth.depth, "RGB", "BGR", RMG_DATA_PIXEL,
-                                           RMG_ORIGIN_TL, 8, size.height, size.width,
-                                           region == kWhole ? nullptr : roi, nullptr, nullptr);
-    if (image == nullptr) std::abort();
-    image->imageData = data;
-    return image;
-}
-
-void release(RmgImage *image) {
-    image->imageData = nullptr;
-    image->roi = nullptr;
-    rmgDeallocate(image, RMG_DEALLOC_HEADER);
+    return rmgbench::imageHeader(size, depth, region == kWhole ? nullptr : roi, data);
 }
 
 // Bytes of a region: the image's for whole images and a channel, the ROI's
 // rows for a ROI.
-size_t regionBytes(const Size &size, const Depth &depth, Region region) {
+size_t regionBytes(const ImageSize &size, const ImageDepth &depth, Region region) {
     const size_t element = (depth.depth & 0xFF) / 8;
     if (region == kRoi)
         return static_cast<size_t>(size.height - 32) * static_cast<size_t>(size.width - 32) * 3 *
@@ -75,7 +55,8 @@ size_t regionBytes(const Size &size, const Depth &depth, Region region) {
     return static_cast<size_t>(rowStep) * static_cast<size_t>(size.height);
 }
 
-void registerAndS(const std::string &name, const Size &size, const Depth &depth, Region region) {
+void registerAndS(const std::string &name, const ImageSize &size, const ImageDepth &depth,
+                  Region region) {
     rmgbench::registerForms(name, [size, depth, region](benchmark::State &state) {
         const size_t bytes = regionBytes(size, depth, kWhole);
         RmgROI srcRoi, dstRoi;
@@ -85,13 +66,14 @@ void registerAndS(const std::string &name, const Size &size, const Depth &depth,
             rmgAndS(src, dst, 0x5A5A5A5A, nullptr);
             rmgbench::keep(dst->imageData);
         }
-        release(src);
-        release(dst);
+        rmgbench::releaseHeader(src);
+        rmgbench::releaseHeader(dst);
         return regionBytes(size, depth, region);
     });
 }
 
-void registerAnd(const std::string &name, const Size &size, const Depth &depth, Region region) {
+void registerAnd(const std::string &name, const ImageSize &size, const ImageDepth &depth,
+                 Region region) {
     rmgbench::registerForms(name, [size, depth, region](benchmark::State &state) {
         const size_t bytes = regionBytes(size, depth, kWhole);
         RmgROI aRoi, bRoi, dRoi;
@@ -102,16 +84,16 @@ void registerAnd(const std::string &name, const Size &size, const Depth &depth, 
             rmgAnd(a, b, d, nullptr);
             rmgbench::keep(d->imageData);
         }
-        release(a);
-        release(b);
-        release(d);
+        rmgbench::releaseHeader(a);
+        rmgbench::releaseHeader(b);
+        rmgbench::releaseHeader(d);
         return regionBytes(size, depth, region);
     });
 }
 
 bool registerAll() {
-    for (const Size &size : kSizes) {
-        for (const Depth &depth : kDepths) {
+    for (const ImageSize &size : rmgbench::kImageSizes) {
+        for (const ImageDepth &depth : rmgbench::kImageDepths) {
             for (Region region : {kWhole, kRoi, kCoi}) {
                 const std::string tail =
                     std::string(depth.name) + "/" + size.name + "/" + kRegionNames[region];
