@@ -381,39 +381,41 @@ TEST_F(AndTilesTest, ATileNotClearedOnReleaseOfEachImageOfRmgAnd) {
 }
 
 TEST_F(AndTilesTest, ANullTileAndATileNotClearedInRmgAndS) {
-    Tiled src(1, RMG_DEPTH_8U, RMG_DATA_PIXEL, 4, 16, 16, 8, 8, 1);
-    Tiled dst(1, RMG_DEPTH_8U, RMG_DATA_PIXEL, 4, 16, 16, 8, 8, 2);
-    src.refused = {{0, 1}};
-    rmgAndS(src.image, dst.image, 1, nullptr);
-    addstest::expectOneReport("rmgAndS", "rmgands",
-                             "(srcImage->tileInfo->tileData == ((void*)(0)))");
-    EXPECT_EQ(addstest::describe(src.calls), "(0,0,1)(0,0,4)(1,0,1)(1,0,4)(0,1,1)");
-
-    rmgtest::reports().clear();
-    src.refused.clear();
-    src.calls.clear();
-    dst.calls.clear();
-    dst.refused = {{1, 0}};
-    rmgAndS(src.image, dst.image, 1, nullptr);
-    addstest::expectOneReport("rmgAndS", "rmgands",
-                             "(dstImage->tileInfo->tileData == ((void*)(0)))");
-    EXPECT_EQ(addstest::describe(dst.calls), "(0,0,2)(0,0,4)(1,0,2)");
-
-    rmgtest::reports().clear();
-    dst.refused.clear();
-    dst.calls.clear();
-    src.held = {{1, 0}};
-    rmgAndS(src.image, dst.image, 1, nullptr);
-    addstest::expectOneReport("rmgAndS", "rmgands",
-                             "(srcImage->tileInfo->tileData != ((void*)(0)))");
-
-    rmgtest::reports().clear();
-    src.held.clear();
-    src.info.tileData = nullptr;
-    dst.held = {{0, 0}};
-    rmgAndS(src.image, dst.image, 1, nullptr);
-    addstest::expectOneReport("rmgAndS", "rmgands",
-                             "(dstImage->tileInfo->tileData != ((void*)(0)))");
+    struct Probe {
+        int image;  // 0 source, 1 destination
+        bool held;  // not cleared on release, else refused
+        std::pair<int, int> tile;
+        const char *text;
+        const char *sequence;
+    };
+    const Probe probes[] = {
+        {0,
+         false,
+         {0, 1},
+         "(srcImage->tileInfo->tileData == ((void*)(0)))",
+         "(0,0,1)(0,0,4)(1,0,1)(1,0,4)(0,1,1)"},
+        {1,
+         false,
+         {1, 0},
+         "(dstImage->tileInfo->tileData == ((void*)(0)))",
+         "(0,0,2)(0,0,4)(1,0,2)"},
+        {0,
+         true,
+         {1, 0},
+         "(srcImage->tileInfo->tileData != ((void*)(0)))",
+         "(0,0,1)(0,0,4)(1,0,1)(1,0,4)"},
+        {1, true, {0, 0}, "(dstImage->tileInfo->tileData != ((void*)(0)))", "(0,0,2)(0,0,4)"},
+    };
+    for (const Probe &p : probes) {
+        rmgtest::reports().clear();
+        Tiled src(1, RMG_DEPTH_8U, RMG_DATA_PIXEL, 4, 16, 16, 8, 8, 1);
+        Tiled dst(1, RMG_DEPTH_8U, RMG_DATA_PIXEL, 4, 16, 16, 8, 8, 2);
+        Tiled &t = p.image == 0 ? src : dst;
+        (p.held ? t.held : t.refused) = {p.tile};
+        rmgAndS(src.image, dst.image, 1, nullptr);
+        addstest::expectOneReport("rmgAndS", "rmgands", p.text);
+        EXPECT_EQ(addstest::describe(t.calls), p.sequence) << p.text;
+    }
 }
 
 TEST_F(AndTilesTest, ATilePosOutsideTheDestinationRegion) {
@@ -440,8 +442,8 @@ TEST_F(AndTilesTest, ATilePosOutsideTheDestinationRegion) {
                 rmgAnd(a.image, b.image, d.image, tilePos);
             else
                 rmgAndS(a.image, d.image, 1, tilePos);
-            addstest::expectOneReport(op == 0 ? "rmgAnd" : "rmgAndS", op == 0 ? "rmgand" : "rmgands",
-                                     p.text);
+            addstest::expectOneReport(op == 0 ? "rmgAnd" : "rmgAndS",
+                                      op == 0 ? "rmgand" : "rmgands", p.text);
             EXPECT_TRUE(d.calls.empty());
         }
     }
