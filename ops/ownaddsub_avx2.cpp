@@ -1,34 +1,16 @@
 // Element kernels of scalar add and subtract, AVX2 form: 32-byte vectors.
 // The unpack and pack steps of the widened 8u arithmetic work within each
 // 16-byte half, so that their pairing keeps the elements in order.
-#include "core/rmgcpu.h"
+#include "core/rmgvec.h"
 
 #if RMG_CPU_X86
-#include <immintrin.h>
-
 #include "ops/ownaddsub.h"
 #include "ops/ownaddsub_impl.h"
 
 namespace rmg {
 namespace {
 
-struct Avx2 {
-    using Vec = __m256i;
-    static constexpr size_t kBytes = 32;
-
-    static Vec zero() { return _mm256_setzero_si256(); }
-    static Vec loadu(const unsigned char *p) {
-        return _mm256_loadu_si256(reinterpret_cast<const __m256i *>(p));
-    }
-    static void store(unsigned char *p, Vec v) {
-        _mm256_store_si256(reinterpret_cast<__m256i *>(p), v);
-    }
-    static void storeu(unsigned char *p, Vec v) {
-        _mm256_storeu_si256(reinterpret_cast<__m256i *>(p), v);
-    }
-    static Vec set8(int32_t x) { return _mm256_set1_epi8(static_cast<char>(x)); }
-    static Vec set16(int32_t x) { return _mm256_set1_epi16(static_cast<short>(x)); }
-    static Vec set32(int32_t x) { return _mm256_set1_epi32(x); }
+struct Avx2 : Avx2Vec {
     static Vec add16(Vec a, Vec b) { return _mm256_add_epi16(a, b); }
     static Vec sub16(Vec a, Vec b) { return _mm256_sub_epi16(a, b); }
     static Vec add32(Vec a, Vec b) { return _mm256_add_epi32(a, b); }
@@ -44,10 +26,6 @@ struct Avx2 {
     static Vec addsS16(Vec a, Vec b) { return _mm256_adds_epi16(a, b); }
     static Vec subsS16(Vec a, Vec b) { return _mm256_subs_epi16(a, b); }
     static Vec cmpGt32(Vec a, Vec b) { return _mm256_cmpgt_epi32(a, b); }
-    static Vec and_(Vec a, Vec b) { return _mm256_and_si256(a, b); }
-    static Vec or_(Vec a, Vec b) { return _mm256_or_si256(a, b); }
-    static Vec andNot(Vec a, Vec b) { return _mm256_andnot_si256(a, b); }
-    static Vec blend(Vec old, Vec fresh, Vec mask) { return _mm256_blendv_epi8(old, fresh, mask); }
 
     // Four lanes at a time in double precision (see the SSE2 form).
     static __m128i subHalf(__m128i x, __m256d v, int reversed) {

@@ -246,11 +246,11 @@ inline void elemChannelLoop(int family, const unsigned char *src, unsigned char 
 
 // ---------------------------------------------------------------------------
 // The vector forms. A form supplies a traits type V:
-//   Vec, kBytes, zero(), loadu(p), store(p, v), storeu(p, v), set8/16/32,
-//   add16, sub16, add32, unpackLo8, unpackHi8, packUs16, addsU8, subsU8,
-//   addsU16, subsU16, addsS8, subsS8, addsS16, subsS16, cmpGt32, and_, or_,
-//   andNot (~a & b), blend(old, new, mask) (new where the mask's bytes are
-//   0xFF), subDouble32(x, v, reversed) (the 32s subtraction of each lane
+//   Vec, kBytes, zero(), loadu(p), store(p, v), storeu(p, v), splat8/16/32,
+//   and_, or_, andNot (~a & b), blend(old, new, mask) (new where the mask's
+//   bytes are 0xFF), all from core/rmgvec.h, and add16, sub16, add32, unpackLo8, unpackHi8, packUs16, addsU8, subsU8,
+//   addsU16, subsU16, addsS8, subsS8, addsS16, subsS16, cmpGt32,
+//   subDouble32(x, v, reversed) (the 32s subtraction of each lane
 //   through double precision).
 // Each vector step below gives, lane by lane, what elemOne gives.
 // ---------------------------------------------------------------------------
@@ -409,7 +409,8 @@ constexpr size_t laneBytes(int kind, size_t size) {
 
 template <class V>
 typename V::Vec splatLane(int32_t x, size_t bytes) {
-    return bytes == 1 ? V::set8(x) : bytes == 2 ? V::set16(x) : V::set32(x);
+    const auto u = static_cast<uint32_t>(x);
+    return bytes == 1 ? V::splat8(u) : bytes == 2 ? V::splat16(u) : V::splat32(u);
 }
 
 // The vector step of a kind, with its constants in registers.
@@ -421,7 +422,7 @@ struct VecStep {
     explicit VecStep(const Step &s, size_t size)
         : c(splatLane<V>(s.c, laneBytes(Kind, size))),
           d(splatLane<V>(s.d, laneBytes(Kind, size))),
-          v(V::set32(s.v)),
+          v(V::splat32(static_cast<uint32_t>(s.v))),
           zero(V::zero()),
           greater(s.greater),
           reversed(s.reversed) {}

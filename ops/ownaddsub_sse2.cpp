@@ -1,30 +1,14 @@
 // Element kernels of scalar add and subtract, SSE2 form: 16-byte vectors.
-#include "core/rmgcpu.h"
+#include "core/rmgvec.h"
 
 #if RMG_CPU_X86
-#include <emmintrin.h>
-
 #include "ops/ownaddsub.h"
 #include "ops/ownaddsub_impl.h"
 
 namespace rmg {
 namespace {
 
-struct Sse2 {
-    using Vec = __m128i;
-    static constexpr size_t kBytes = 16;
-
-    static Vec zero() { return _mm_setzero_si128(); }
-    static Vec loadu(const unsigned char *p) {
-        return _mm_loadu_si128(reinterpret_cast<const __m128i *>(p));
-    }
-    static void store(unsigned char *p, Vec v) { _mm_store_si128(reinterpret_cast<__m128i *>(p), v); }
-    static void storeu(unsigned char *p, Vec v) {
-        _mm_storeu_si128(reinterpret_cast<__m128i *>(p), v);
-    }
-    static Vec set8(int32_t x) { return _mm_set1_epi8(static_cast<char>(x)); }
-    static Vec set16(int32_t x) { return _mm_set1_epi16(static_cast<short>(x)); }
-    static Vec set32(int32_t x) { return _mm_set1_epi32(x); }
+struct Sse2 : Sse2Vec {
     static Vec add16(Vec a, Vec b) { return _mm_add_epi16(a, b); }
     static Vec sub16(Vec a, Vec b) { return _mm_sub_epi16(a, b); }
     static Vec add32(Vec a, Vec b) { return _mm_add_epi32(a, b); }
@@ -40,12 +24,6 @@ struct Sse2 {
     static Vec addsS16(Vec a, Vec b) { return _mm_adds_epi16(a, b); }
     static Vec subsS16(Vec a, Vec b) { return _mm_subs_epi16(a, b); }
     static Vec cmpGt32(Vec a, Vec b) { return _mm_cmpgt_epi32(a, b); }
-    static Vec and_(Vec a, Vec b) { return _mm_and_si128(a, b); }
-    static Vec or_(Vec a, Vec b) { return _mm_or_si128(a, b); }
-    static Vec andNot(Vec a, Vec b) { return _mm_andnot_si128(a, b); }
-    static Vec blend(Vec old, Vec fresh, Vec mask) {
-        return _mm_or_si128(_mm_and_si128(mask, fresh), _mm_andnot_si128(mask, old));
-    }
 
     // Two lanes at a time in double precision: the difference of two 32-bit
     // integers is exact there, and limiting it before the truncating

@@ -1,27 +1,16 @@
 // Copy and swap kernels, AVX-512 form: 64-byte vectors; a run of fewer
 // than 64 bytes is one load and one store under a byte mask. The gathers
 // and scatters of a channel use the 16-byte lanes of the AVX2 form.
-#include "core/rmgcpu.h"
+#include "core/rmgvec.h"
 
 #if RMG_CPU_X86
-#include <immintrin.h>
-
 #include "ops/rmgcopy.h"
 #include "ops/rmgcopy_impl.h"
 
 namespace rmg {
 namespace {
 
-struct Avx512 {
-    using Vec = __m512i;
-    static constexpr size_t kBytes = 64;
-
-    static Vec loadu(const unsigned char *p) { return _mm512_loadu_si512(p); }
-    static void storeu(unsigned char *p, Vec v) { _mm512_storeu_si512(p, v); }
-    static void store(unsigned char *p, Vec v) { _mm512_store_si512(p, v); }
-    static void stream(unsigned char *p, Vec v) {
-        _mm512_stream_si512(reinterpret_cast<__m512i *>(p), v);
-    }
+struct Avx512 : Avx512Vec {
     // Only the bytes under the mask are written.
     static void storeMasked(unsigned char *p, Vec mask, Vec v) {
         _mm512_mask_storeu_epi8(p, _mm512_movepi8_mask(mask), v);

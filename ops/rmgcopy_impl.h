@@ -6,11 +6,12 @@
 //
 // The loops that define the results (and serve every form where the runs
 // share memory) come first; the vector templates follow. They take a traits
-// type V of the including file:
+// type V of the including file, derived from core/rmgvec.h for
 //   Vec, kBytes                 the vector type and its size in bytes
 //   loadu(p), storeu(p, v)      unaligned load and store
 //   store(p, v)                 aligned store
 //   stream(p, v)                aligned store past the caches
+// and adding
 //   storeMasked(p, mask, v)     v into the bytes at p where mask bytes are
 //                               0xFF; the others keep their values
 //   copyShort(s, d, n)          a copy of n bytes, n below kBytes
