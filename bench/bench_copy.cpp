@@ -5,7 +5,6 @@
 // of the image gathered into a 1-channel image, scattered back, and into
 // channel 3 of a second 3-channel image).
 #include <cstddef>
-#include <cstdlib>
 #include <cstring>
 #include <string>
 
@@ -14,28 +13,14 @@
 
 namespace {
 
-struct Size {
-    const char *name;
-    int height, width;
-};
-constexpr Size kSizes[] = {{"3840x2160x3", 2160, 3840}, {"512x512x3", 512, 512}};
+using Size = rmgbench::ImageSize;
 
-// A header of `channels` channels over part `part` of the arena.
+// A header of `channels` 8u channels over part `part` of the arena.
 RmgImage *header(const Size &size, int channels, int part, RmgROI *roi) {
-    RmgImage *image =
-        rmgCreateImageHeader(channels, 0, RMG_DEPTH_8U, "RGB", "BGR", RMG_DATA_PIXEL, RMG_ORIGIN_TL,
-                             8, size.height, size.width, roi, nullptr, nullptr);
-    if (image == nullptr) std::abort();
     const size_t whole = static_cast<size_t>(
         rmgWidthStep(RMG_DATA_PIXEL, RMG_DEPTH_8U, 8, 3, size.width) * size.height);
-    image->imageData = rmgbench::arena(whole, part);
-    return image;
-}
-
-void release(RmgImage *image) {
-    image->imageData = nullptr;
-    image->roi = nullptr;
-    rmgDeallocate(image, RMG_DEALLOC_HEADER);
+    return rmgbench::imageHeader(size, rmgbench::kImageDepths[0], roi,
+                                 rmgbench::arena(whole, part), channels);
 }
 
 // Source in part 1, destination in part 0 of the arena. `bytes` is what one
@@ -70,8 +55,8 @@ void registerCase(const Size &size, const Case &c) {
             rmgbench::keep(dst->imageData);
             rmgbench::keep(src->imageData);
         }
-        release(src);
-        release(dst);
+        rmgbench::releaseHeader(src);
+        rmgbench::releaseHeader(dst);
         return writtenBytes(size, c);
     });
 }
@@ -93,7 +78,7 @@ void registerTwoMemcpy(const std::string &name, size_t bytes) {
 }
 
 bool registerAll() {
-    for (const Size &size : kSizes) {
+    for (const Size &size : rmgbench::kImageSizes) {
         const size_t bytes = static_cast<size_t>(size.width) * 3 * static_cast<size_t>(size.height);
         const RmgROI none{0, 0, 0, 0, 0};
         const RmgROI half{0, 1, 1, size.height / 2, size.width / 2};

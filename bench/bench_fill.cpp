@@ -11,12 +11,6 @@
 
 namespace {
 
-struct Shape {
-    const char *name;
-    int elements;
-};
-constexpr Shape kShapes[] = {{"3840x2160x3", 3840 * 2160 * 3}, {"512x512x3", 512 * 512 * 3}};
-
 void fill(int size, unsigned char *p, int count) {
     if (size == 1) rmgFill8(0x5A, p, count);
     if (size == 2) rmgFill16(0x5A5A, p, count);
@@ -30,16 +24,17 @@ void fillChannel(int size, unsigned char *p, int count) {
 }
 
 bool registerAll() {
-    for (const Shape &shape : kShapes) {
+    for (const rmgbench::ImageSize &shape : rmgbench::kImageSizes) {
+        const int elements = shape.height * shape.width * 3;
         for (int size : {1, 2, 4}) {
             const std::string depth = std::to_string(8 * size);
-            const size_t bytes = static_cast<size_t>(shape.elements) * static_cast<size_t>(size);
+            const size_t bytes = static_cast<size_t>(elements) * static_cast<size_t>(size);
             const std::string run = std::string("Fill") + depth + "/" + shape.name;
             rmgbench::registerMemset(run, bytes);
-            rmgbench::registerForms(run, [size, shape, bytes](benchmark::State &state) {
+            rmgbench::registerForms(run, [size, elements, bytes](benchmark::State &state) {
                 unsigned char *p = rmgbench::arena(bytes);
                 for (auto _ : state) {
-                    fill(size, p, shape.elements);
+                    fill(size, p, elements);
                     rmgbench::keep(p);
                 }
                 return bytes;
@@ -47,10 +42,10 @@ bool registerAll() {
             // Channel 2 of 3: a third of the elements, over the same bytes,
             // beside the memset above.
             const std::string channel = std::string("FillChannel") + depth + "/" + shape.name;
-            rmgbench::registerForms(channel, [size, shape, bytes](benchmark::State &state) {
+            rmgbench::registerForms(channel, [size, elements, bytes](benchmark::State &state) {
                 unsigned char *p = rmgbench::arena(bytes);
                 for (auto _ : state) {
-                    fillChannel(size, p, shape.elements / 3);
+                    fillChannel(size, p, elements / 3);
                     rmgbench::keep(p);
                 }
                 return bytes;

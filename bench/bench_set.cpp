@@ -3,7 +3,6 @@
 // the same images (a channel of interest in pixel order, over the same
 // bytes).
 #include <cstddef>
-#include <cstdlib>
 #include <string>
 
 #include "bench/benchutil.h"
@@ -11,24 +10,12 @@
 
 namespace {
 
-struct Size {
-    const char *name;
-    int height, width;
-};
-constexpr Size kSizes[] = {{"3840x2160x3", 2160, 3840}, {"512x512x3", 512, 512}};
-
-struct Depth {
-    const char *name;
-    unsigned int depth;
-};
-constexpr Depth kDepths[] = {{"8u", RMG_DEPTH_8U}, {"16u", RMG_DEPTH_16U}, {"32s", RMG_DEPTH_32S}};
+using Size = rmgbench::ImageSize;
+using Depth = rmgbench::ImageDepth;
 
 // A header over the arena; `roi` may be null.
 RmgImage *header(const Size &size, const Depth &depth, RmgROI *roi) {
-    RmgImage *image = rmgCreateImageHeader(3, 0, depth.depth, "RGB", "BGR", RMG_DATA_PIXEL,
-                                           RMG_ORIGIN_TL, 8, size.height, size.width, roi,
-                                           nullptr, nullptr);
-    if (image == nullptr) std::abort();
+    RmgImage *image = rmgbench::imageHeader(size, depth, roi, nullptr);
     image->imageData = rmgbench::arena(static_cast<size_t>(image->imageSize));
     return image;
 }
@@ -43,16 +30,14 @@ void registerSet(const std::string &name, const Size &size, const Depth &depth, 
             rmgbench::keep(image->imageData);
         }
         const size_t bytes = static_cast<size_t>(image->imageSize);
-        image->imageData = nullptr;
-        image->roi = nullptr;
-        rmgDeallocate(image, RMG_DEALLOC_HEADER);
+        rmgbench::releaseHeader(image);
         return bytes;
     });
 }
 
 bool registerAll() {
-    for (const Size &size : kSizes) {
-        for (const Depth &depth : kDepths) {
+    for (const Size &size : rmgbench::kImageSizes) {
+        for (const Depth &depth : rmgbench::kImageDepths) {
             const std::string tail = std::string(depth.name) + "/" + size.name;
             const int rowStep = rmgWidthStep(RMG_DATA_PIXEL, depth.depth, 8, 3, size.width);
             rmgbench::registerMemset("Set" + tail,

@@ -113,11 +113,12 @@ struct ImageDepth {
 constexpr ImageDepth kImageDepths[] = {
     {"8u", RMG_DEPTH_8U}, {"16u", RMG_DEPTH_16U}, {"32s", RMG_DEPTH_32S}};
 
-// A header of such an image over `data`, with `roi` (may be null); given
-// back with releaseHeader, which leaves data and ROI alone.
+// A header of such an image over `data`, with `roi` (may be null) and, where
+// asked, another number of channels; given back with releaseHeader, which
+// leaves data and ROI alone.
 inline RmgImage *imageHeader(const ImageSize &size, const ImageDepth &depth, RmgROI *roi,
-                             unsigned char *data) {
-    RmgImage *image = rmgCreateImageHeader(3, 0, depth.depth, "RGB", "BGR", RMG_DATA_PIXEL,
+                             unsigned char *data, int channels = 3) {
+    RmgImage *image = rmgCreateImageHeader(channels, 0, depth.depth, "RGB", "BGR", RMG_DATA_PIXEL,
                                            RMG_ORIGIN_TL, 8, size.height, size.width, roi,
                                            nullptr, nullptr);
     if (image == nullptr) std::abort();
