@@ -15,7 +15,6 @@
 
 #include "ops/scetest.h"
 #include "rmg.h"
-#include "support/rmgforms.h"
 
 namespace copytest {
 
@@ -67,16 +66,6 @@ void putElement(scetest::Tiled &t, int x, int y, int ch, uint32_t value);
 // the smaller size, channel to channel (a coi picks one).
 void modelPair(bool exchange, const scetest::Plain &src, const scetest::Plain &dst,
                std::vector<uint8_t> *wantSrc, std::vector<uint8_t> *wantDst);
-
-// Runs `body(form)` once in each kernel form this processor runs.
-template <typename Body>
-void inEveryForm(Body body) {
-    for (int form : rmgtest::runnableForms()) {
-        rmgtest::ForcedForm forced(form);
-        SCOPED_TRACE(rmg::cpuFormName(form));
-        body(form);
-    }
-}
 
 // The text rmgBadHeaderText gives for a mask.
 std::string headerText(int mask);

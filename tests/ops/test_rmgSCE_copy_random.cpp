@@ -35,7 +35,7 @@ const int kTileSizes[] = {8, 16, 24};
 
 class CopyRandomTest : public rmgtest::ErrorStateTest {};
 
-using copytest::inEveryForm;
+using rmgtest::inEveryForm;
 
 int pick(std::mt19937 &rng, int low, int high) {
     return std::uniform_int_distribution<int>(low, high)(rng);

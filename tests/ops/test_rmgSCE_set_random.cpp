@@ -29,18 +29,8 @@ using scetest::Tiled;
 const unsigned int kDepths[] = {RMG_DEPTH_1U,  RMG_DEPTH_8U,  RMG_DEPTH_16U,
                                 RMG_DEPTH_8S,  RMG_DEPTH_16S, RMG_DEPTH_32S};
 
-// Runs the body once in each kernel form this processor can run.
-class SetRandomTest : public rmgtest::ErrorStateTest {
-protected:
-    template <typename Body>
-    void inEveryForm(Body body) {
-        for (int form : rmgtest::runnableForms()) {
-            rmgtest::ForcedForm forced(form);
-            SCOPED_TRACE(rmg::cpuFormName(form));
-            body(form);
-        }
-    }
-};
+using rmgtest::inEveryForm;
+using SetRandomTest = rmgtest::ErrorStateTest;
 
 struct Shape {
     unsigned int depth;

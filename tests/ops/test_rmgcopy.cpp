@@ -17,6 +17,7 @@
 
 #include "ops/copytest.h"
 #include "ops/rmgcopy.h"
+#include "support/rmgcanvas.h"
 #include "support/rmgforms.h"
 
 namespace {
@@ -25,27 +26,15 @@ constexpr int kMaxCount = 300;
 constexpr int kAlignments = 64;
 constexpr size_t kGuard = 64;
 
-// Bytes whose start is a multiple of 64, with random contents.
-class Canvas {
-  public:
-    Canvas(size_t bytes, uint32_t seed) : storage_(bytes + 64), bytes_(bytes) {
-        std::mt19937 rng(seed);
-        for (size_t i = 0; i < bytes; ++i) data()[i] = static_cast<unsigned char>(rng());
-    }
-    unsigned char *data() {
-        const auto at = reinterpret_cast<uintptr_t>(storage_.data());
-        return storage_.data() + ((64 - at % 64) % 64);
-    }
-    size_t size() const { return bytes_; }
-    std::vector<unsigned char> bytes() {
-        return std::vector<unsigned char>(data(), data() + bytes_);
-    }
-    void set(const std::vector<unsigned char> &from) { std::memcpy(data(), from.data(), bytes_); }
+using rmgtest::Canvas;
 
-  private:
-    std::vector<unsigned char> storage_;
-    size_t bytes_;
-};
+// A canvas of `bytes` random bytes.
+Canvas randomCanvas(size_t bytes, uint32_t seed) {
+    Canvas canvas(bytes);
+    std::mt19937 rng(seed);
+    for (size_t i = 0; i < bytes; ++i) canvas.data()[i] = static_cast<unsigned char>(rng());
+    return canvas;
+}
 
 // The loops that define the results.
 void modelCopy(const unsigned char *src, unsigned char *dst, int count) {
@@ -74,12 +63,12 @@ void modelStrided(const unsigned char *src, unsigned char *dst, int count, int s
            << "byte " << i << " is " << int(got[i]) << ", expected " << int(want[i]);
 }
 
-using copytest::inEveryForm;
+using rmgtest::inEveryForm;
 
 TEST(CopyBytes, EveryLengthAndAlignmentGivesTheByteLoop) {
     const size_t bytes = kGuard + kAlignments + kMaxCount + kGuard;
-    Canvas src(bytes, 1);
-    Canvas dst(bytes, 2);
+    Canvas src = randomCanvas(bytes, 1);
+    Canvas dst = randomCanvas(bytes, 2);
     const std::vector<unsigned char> srcBytes = src.bytes();
     const std::vector<unsigned char> dstBytes = dst.bytes();
     std::vector<unsigned char> want;
@@ -100,8 +89,8 @@ TEST(CopyBytes, EveryLengthAndAlignmentGivesTheByteLoop) {
 
 TEST(SwapBytes, EveryLengthAndAlignmentGivesTheByteLoop) {
     const size_t bytes = kGuard + kAlignments + kMaxCount + kGuard;
-    Canvas first(bytes, 3);
-    Canvas second(bytes, 4);
+    Canvas first = randomCanvas(bytes, 3);
+    Canvas second = randomCanvas(bytes, 4);
     const std::vector<unsigned char> firstBytes = first.bytes();
     const std::vector<unsigned char> secondBytes = second.bytes();
     std::vector<unsigned char> wantFirst, wantSecond;
@@ -128,7 +117,7 @@ TEST(SwapBytes, EveryLengthAndAlignmentGivesTheByteLoop) {
 // source's start repeats the source's first bytes, as the byte loop does.
 TEST(CopyBytes, SharedMemoryGivesTheForwardLoop) {
     const size_t bytes = 600;
-    Canvas canvas(bytes, 5);
+    Canvas canvas = randomCanvas(bytes, 5);
     const std::vector<unsigned char> pristine = canvas.bytes();
     inEveryForm([&](int) {
         for (int count : {1, 2, 7, 8, 9, 15, 16, 31, 33, 64, 100, 129, 200, 257})
@@ -148,7 +137,7 @@ TEST(CopyBytes, SharedMemoryGivesTheForwardLoop) {
 
 TEST(SwapBytes, SharedMemoryGivesTheForwardLoop) {
     const size_t bytes = 600;
-    Canvas canvas(bytes, 6);
+    Canvas canvas = randomCanvas(bytes, 6);
     const std::vector<unsigned char> pristine = canvas.bytes();
     inEveryForm([&](int) {
         for (int count : {1, 7, 8, 9, 16, 33, 64, 100, 200})
@@ -210,8 +199,8 @@ TEST(CopyBytes, CountOfZeroOrBelowTouchesNothing) {
 // Long runs pass through the aligned loops and the string copy.
 TEST(CopyBytes, LongRunsGiveTheByteLoop) {
     const size_t longest = (size_t{1} << 20) + 300;
-    Canvas src(longest + 2 * kGuard, 7);
-    Canvas dst(longest + 2 * kGuard, 8);
+    Canvas src = randomCanvas(longest + 2 * kGuard, 7);
+    Canvas dst = randomCanvas(longest + 2 * kGuard, 8);
     const std::vector<unsigned char> dstBytes = dst.bytes();
     inEveryForm([&](int) {
         for (size_t count :
@@ -237,8 +226,8 @@ TEST(CopyBytes, LongRunsGiveTheByteLoop) {
 // A run past the size from which the stores bypass the caches.
 TEST(CopyBytes, HugeRunGivesTheByteLoop) {
     const size_t count = (size_t{1} << 24) + 77;
-    Canvas src(count + 2 * kGuard, 12);
-    Canvas dst(count + 2 * kGuard, 13);
+    Canvas src = randomCanvas(count + 2 * kGuard, 12);
+    Canvas dst = randomCanvas(count + 2 * kGuard, 13);
     const std::vector<unsigned char> dstBytes = dst.bytes();
     std::vector<unsigned char> want = dstBytes;
     std::memcpy(want.data() + kGuard + 3, src.data() + kGuard + 5, count);
@@ -253,8 +242,8 @@ TEST(CopyBytes, HugeRunGivesTheByteLoop) {
 // to 4 channels, for each element size, at several alignments of both.
 TEST(CopyStrided, EveryLayoutPairGivesTheElementLoop) {
     const size_t bytes = 2 * kGuard + 64 + 4 * 4 * 200;
-    Canvas src(bytes, 9);
-    Canvas dst(bytes, 10);
+    Canvas src = randomCanvas(bytes, 9);
+    Canvas dst = randomCanvas(bytes, 10);
     const std::vector<unsigned char> srcBytes = src.bytes();
     const std::vector<unsigned char> dstBytes = dst.bytes();
     inEveryForm([&](int) {
@@ -285,7 +274,7 @@ TEST(CopyStrided, EveryLayoutPairGivesTheElementLoop) {
 // Strided copies inside one buffer: the element loop in its order.
 TEST(CopyStrided, SharedMemoryGivesTheElementLoop) {
     const size_t bytes = 2400;
-    Canvas canvas(bytes, 11);
+    Canvas canvas = randomCanvas(bytes, 11);
     const std::vector<unsigned char> pristine = canvas.bytes();
     inEveryForm([&](int) {
         for (int size : {1, 2, 4})

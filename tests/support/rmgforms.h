@@ -1,6 +1,6 @@
 // Running a test once per vector form of the kernels: the forms this
-// processor can run, and a scope that forces one of them and puts the
-// detected form back at its end.
+// processor can run, a scope that forces one of them and puts the detected
+// form back at its end, and a loop of a test body over all of them.
 #ifndef RMG_TESTS_SUPPORT_RMGFORMS_H
 #define RMG_TESTS_SUPPORT_RMGFORMS_H
 
@@ -26,6 +26,17 @@ public:
     ForcedForm(const ForcedForm &) = delete;
     ForcedForm &operator=(const ForcedForm &) = delete;
 };
+
+// Runs `body(form)` once in each kernel form this processor runs, with that
+// form forced and its name in the trace of any failure.
+template <typename Body>
+void inEveryForm(Body body) {
+    for (int form : runnableForms()) {
+        ForcedForm forced(form);
+        SCOPED_TRACE(rmg::cpuFormName(form));
+        body(form);
+    }
+}
 
 }  // namespace rmgtest
 
