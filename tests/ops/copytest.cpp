@@ -22,6 +22,11 @@ void CallLog::watch(scetest::Tiled &tiled, char name) {
     names_.emplace_back(&tiled.info, name);
 }
 
+void CallLog::watchPair(scetest::Tiled &src, scetest::Tiled &dst) {
+    watch(src, 'S');
+    watch(dst, 'D');
+}
+
 void CallLog::callBack(const RmgImage *image, int xIndex, int yIndex, int mode) {
     char name = '?';
     for (const auto &entry : gLog->names_)

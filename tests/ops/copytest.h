@@ -39,6 +39,8 @@ class CallLog {
     CallLog &operator=(const CallLog &) = delete;
 
     void watch(scetest::Tiled &tiled, char name);
+    // A source and a destination, as 'S' and 'D'.
+    void watchPair(scetest::Tiled &src, scetest::Tiled &dst);
     std::vector<Call> calls;
     int failAt = -1;
 

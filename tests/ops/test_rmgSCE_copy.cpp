@@ -20,6 +20,7 @@ using copytest::CallLog;
 using copytest::countUp;
 using copytest::headerBytes;
 using copytest::headerText;
+using copytest::pixelsOf;
 using scetest::difference;
 using scetest::Plain;
 using scetest::TileCall;
@@ -115,7 +116,7 @@ TEST_F(CopyTest, DifferentSizesCopyTheCommonTopLeftPart) {
                                        24,   0xEE, 0xEE, 0xEE, 32,   33,   34,   35,   36,   37,
                                        38,   39,   40,   0xEE, 0xEE, 0xEE, 0xEE, 0xEE, 0xEE, 0xEE,
                                        0xEE, 0xEE, 0xEE, 0xEE, 0xEE, 0xEE, 0xEE, 0xEE};
-    EXPECT_EQ(std::vector<uint8_t>(dst.pixels(), dst.pixels() + 48), want);
+    EXPECT_EQ(pixelsOf(dst), want);
     EXPECT_TRUE(rmgtest::reports().empty());
 }
 
@@ -125,8 +126,7 @@ TEST_F(CopyTest, SourceChannelThreeIsGatheredIntoOneChannel) {
     countUp(src);
     src.setRoi(3, 0, 0, 2, 4);
     rmgCopy(src.image, dst.image, nullptr);
-    EXPECT_EQ(std::vector<uint8_t>(dst.pixels(), dst.pixels() + 8),
-              (std::vector<uint8_t>{2, 5, 8, 11, 14, 17, 20, 23}));
+    EXPECT_EQ(pixelsOf(dst), (std::vector<uint8_t>{2, 5, 8, 11, 14, 17, 20, 23}));
 }
 
 TEST_F(CopyTest, OneChannelIsScatteredIntoChannelTwo) {
@@ -136,7 +136,7 @@ TEST_F(CopyTest, OneChannelIsScatteredIntoChannelTwo) {
     std::memset(dst.pixels(), 0, 24);
     dst.setRoi(2, 0, 0, 2, 4);
     rmgCopy(src.image, dst.image, nullptr);
-    EXPECT_EQ(std::vector<uint8_t>(dst.pixels(), dst.pixels() + 24),
+    EXPECT_EQ(pixelsOf(dst),
               (std::vector<uint8_t>{0, 0x10, 0, 0, 0x11, 0, 0, 0x12, 0, 0, 0x13, 0,
                                     0, 0x14, 0, 0, 0x15, 0, 0, 0x16, 0, 0, 0x17, 0}));
 }
@@ -149,7 +149,7 @@ TEST_F(CopyTest, ChannelOneGoesIntoChannelThree) {
     src.setRoi(1, 0, 0, 1, 4);
     dst.setRoi(3, 0, 0, 1, 4);
     rmgCopy(src.image, dst.image, nullptr);
-    EXPECT_EQ(std::vector<uint8_t>(dst.pixels(), dst.pixels() + 12),
+    EXPECT_EQ(pixelsOf(dst),
               (std::vector<uint8_t>{0, 0, 0x40, 0, 0, 0x43, 0, 0, 0x46, 0, 0, 0x49}));
 }
 
@@ -185,7 +185,7 @@ TEST_F(CopyTest, PlaneOrderWithCoiCopiesThatPlane) {
     want[25] = 35;
     want[26] = 36;
     want[27] = 37;
-    EXPECT_EQ(std::vector<uint8_t>(dst.pixels(), dst.pixels() + 32), want);
+    EXPECT_EQ(pixelsOf(dst), want);
 }
 
 TEST_F(CopyTest, ThirtyTwoBitChannelsWithDifferentSteps) {
@@ -196,9 +196,8 @@ TEST_F(CopyTest, ThirtyTwoBitChannelsWithDifferentSteps) {
     src.setRoi(4, 0, 0, 1, 3);
     dst.setRoi(1, 0, 0, 1, 3);
     rmgCopy(src.image, dst.image, nullptr);
-    EXPECT_EQ(std::vector<uint8_t>(dst.pixels(), dst.pixels() + 24),
-              (std::vector<uint8_t>{12, 13, 14, 15, 0,  0,  0,  0,  28, 29, 30, 31,
-                                    0,  0,  0,  0,  44, 45, 46, 47, 0,  0,  0,  0}));
+    EXPECT_EQ(pixelsOf(dst), (std::vector<uint8_t>{12, 13, 14, 15, 0,  0,  0,  0,  28, 29, 30, 31,
+                                                   0,  0,  0,  0,  44, 45, 46, 47, 0,  0,  0,  0}));
 }
 
 TEST_F(CopyTest, RegionBeyondTheEdgeCopiesNothing) {
@@ -226,7 +225,7 @@ TEST_F(CopyTest, RoiHangingOverTheEdgeIsClippedOnEachSide) {
     src.setRoi(0, 6, 1, 4, 10);
     dst.setRoi(0, 1, 0, 10, 10);
     rmgCopy(src.image, dst.image, nullptr);
-    EXPECT_EQ(std::vector<uint8_t>(dst.pixels(), dst.pixels() + 16),
+    EXPECT_EQ(pixelsOf(dst),
               (std::vector<uint8_t>{0, 14, 15, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0}));
 }
 
@@ -238,7 +237,7 @@ TEST_F(CopyTest, ComputedRowStepIsUsedNotWidthStep) {
     src.image->widthStep = 5;
     dst.image->widthStep = 99;
     rmgCopy(src.image, dst.image, nullptr);
-    EXPECT_EQ(std::vector<uint8_t>(dst.pixels(), dst.pixels() + 16),
+    EXPECT_EQ(pixelsOf(dst),
               (std::vector<uint8_t>{0, 1, 2, 3, 4, 0, 0, 0, 8, 9, 10, 11, 12, 0, 0, 0}));
 }
 
@@ -253,12 +252,10 @@ TEST_F(CopyTest, OneBitRunLeavesEveryOtherBit) {
     dst.setRoi(0, 5, 0, 1, 20);
     std::memset(dst.pixels(), 0x00, 4);
     rmgCopy(src.image, dst.image, nullptr);
-    EXPECT_EQ(std::vector<uint8_t>(dst.pixels(), dst.pixels() + 4),
-              (std::vector<uint8_t>{0x04, 0xD6, 0x00, 0x00}));
+    EXPECT_EQ(pixelsOf(dst), (std::vector<uint8_t>{0x04, 0xD6, 0x00, 0x00}));
     std::memset(dst.pixels(), 0xFF, 4);
     rmgCopy(src.image, dst.image, nullptr);
-    EXPECT_EQ(std::vector<uint8_t>(dst.pixels(), dst.pixels() + 4),
-              (std::vector<uint8_t>{0xFC, 0xD7, 0xFF, 0xFF}));
+    EXPECT_EQ(pixelsOf(dst), (std::vector<uint8_t>{0xFC, 0xD7, 0xFF, 0xFF}));
 }
 
 // --- Source and destination in one image ------------------------------------------
@@ -452,8 +449,7 @@ TEST_F(CopyTest, BothTiledReadsEachPartThroughABlock) {
     Tiled src(1, RMG_DEPTH_8U, RMG_DATA_PIXEL, 4, 16, 16, 8, 8);
     Tiled dst(1, RMG_DEPTH_8U, RMG_DATA_PIXEL, 4, 16, 16, 8, 8);
     CallLog log;
-    log.watch(src, 'S');
-    log.watch(dst, 'D');
+    log.watchPair(src, dst);
     // Destination region 8 x 4 at (4, 0): two parts of 4 columns; the
     // source's region is the whole image.
     dst.setRoi(0, 4, 0, 4, 8);
@@ -483,8 +479,7 @@ TEST_F(CopyTest, BothTiledReadsAcrossSourceTilesAndApartFromTheEdge) {
     Tiled src(3, RMG_DEPTH_16U, RMG_DATA_PIXEL, 8, 16, 16, 8, 8);
     Tiled dst(1, RMG_DEPTH_16U, RMG_DATA_PIXEL, 8, 16, 16, 16, 8);
     CallLog log;
-    log.watch(src, 'S');
-    log.watch(dst, 'D');
+    log.watchPair(src, dst);
     src.setRoi(2, 4, 4, 8, 8);
     rmgCopy(src.image, dst.image, nullptr);
     EXPECT_EQ(log.calls, (std::vector<Call>{{'D', 0, 0, Wr},
@@ -524,8 +519,7 @@ TEST_F(CopyTest, BothTiledNullDestinationTileRaises) {
     Tiled src(1, RMG_DEPTH_8U, RMG_DATA_PIXEL, 4, 8, 16, 8, 8);
     Tiled dst(1, RMG_DEPTH_8U, RMG_DATA_PIXEL, 4, 8, 16, 8, 8);
     CallLog log;
-    log.watch(src, 'S');
-    log.watch(dst, 'D');
+    log.watchPair(src, dst);
     dst.failing.insert({1, 0});
     rmgCopy(src.image, dst.image, nullptr);
     EXPECT_EQ(log.calls, (std::vector<Call>{{'D', 0, 0, Wr},
@@ -541,8 +535,7 @@ TEST_F(CopyTest, BothTiledFailedSourceReadStopsWithoutAWordOrARelease) {
     Tiled src(1, RMG_DEPTH_8U, RMG_DATA_PIXEL, 4, 8, 16, 8, 8);
     Tiled dst(1, RMG_DEPTH_8U, RMG_DATA_PIXEL, 4, 8, 16, 8, 8);
     CallLog log;
-    log.watch(src, 'S');
-    log.watch(dst, 'D');
+    log.watchPair(src, dst);
     src.failing.insert({1, 0});
     rmgCopy(src.image, dst.image, nullptr);
     EXPECT_EQ(log.calls, (std::vector<Call>{{'D', 0, 0, Wr},
@@ -559,8 +552,7 @@ TEST_F(CopyTest, BothTiledTileRestrictsTheDestinationsWalk) {
     Tiled src(1, RMG_DEPTH_8U, RMG_DATA_PIXEL, 4, 16, 16, 8, 8);
     Tiled dst(1, RMG_DEPTH_8U, RMG_DATA_PIXEL, 4, 16, 16, 8, 8);
     CallLog log;
-    log.watch(src, 'S');
-    log.watch(dst, 'D');
+    log.watchPair(src, dst);
     const int outside[2] = {2, 0};
     rmgCopy(src.image, dst.image, outside);
     EXPECT_TRUE(log.calls.empty());

@@ -216,8 +216,7 @@ TEST_F(ExchangeTest, BothTiledGoesThroughABlockAndTheSourcesTiles) {
     Tiled src(1, RMG_DEPTH_8U, RMG_DATA_PIXEL, 4, 16, 16, 8, 8, 11);
     Tiled dst(1, RMG_DEPTH_8U, RMG_DATA_PIXEL, 4, 16, 16, 8, 8, 12);
     CallLog log;
-    log.watch(src, 'S');
-    log.watch(dst, 'D');
+    log.watchPair(src, dst);
     dst.setRoi(0, 4, 0, 4, 8);
     uint32_t before[2][4][8];
     for (int y = 0; y < 4; ++y)
@@ -262,8 +261,7 @@ TEST_F(ExchangeTest, BothTiledFailureInTheCopyToTheSourceStopsTheWalk) {
     Tiled src(1, RMG_DEPTH_8U, RMG_DATA_PIXEL, 4, 8, 16, 8, 8, 11);
     Tiled dst(1, RMG_DEPTH_8U, RMG_DATA_PIXEL, 4, 8, 16, 8, 8, 12);
     CallLog log;
-    log.watch(src, 'S');
-    log.watch(dst, 'D');
+    log.watchPair(src, dst);
     log.failAt = 3;  // the source's tile, asked for to take the destination's part
     const std::vector<uint8_t> srcHeader = headerBytes(src.image);
     rmgExchange(src.image, dst.image, nullptr);
