@@ -125,9 +125,10 @@ template <class Src>
 void channelBytes(const Src &src, unsigned char *dst, size_t first, size_t last, ptrdiff_t stride,
                   int size) {
     const auto period = static_cast<size_t>(stride);
+    size_t lane = first % period;
     for (size_t t = first; t < last; ++t) {
-        const size_t lane = t % period;
         if (lane < static_cast<size_t>(size)) dst[t] = src.byte(t, lane);
+        if (++lane == period) lane = 0;
     }
 }
 
@@ -325,14 +326,27 @@ typename V::Vec sourceVec(const PairSource &src, size_t at) {
     return V::and_(V::loadu(src.a + at), V::loadu(src.b + at));
 }
 
+// The widest pixel that the vector form of the one-channel kernels takes.
+constexpr size_t kWidestPixel = 32;
+
+// The masks of a vector of the one-channel kernels: the channel's bytes,
+// and those bytes of the element mask.
+template <class V>
+struct LaneMasks {
+    typename V::Vec channel;
+    typename V::Vec value;
+};
+
 // One channel with vectors. When three vectors hold a whole number of
-// pixels (strides of 1, 2, 3, 4, 6, 8, 12, 16, 24 bytes, as 1 to 4
-// channels of 1, 2 or 4 bytes give), each aligned vector inside the row's
-// span is read, the channel's bytes replaced by their result, and the
-// vector written back: the other bytes get their own values again. The
-// bytes before the first and after the last aligned vector go through the
-// plain loop. Other strides take the plain loop. Bytes are independent, so
-// an element may be split between the loop and a vector.
+// pixels of at most kWidestPixel bytes (strides of 1, 2, 3, 4, 6, 8, 12,
+// 16, 24 and, for AVX2, 32 bytes: among them every 1 to 4 channels of 1, 2
+// or 4 bytes), each vector of the row's span is read, the channel's bytes
+// replaced by their result, and the vector written back: the other bytes
+// get their own values again. Aligned vectors fill the middle, and an
+// unaligned vector stands at each end of the span; where they overlap the
+// bytes are worked out twice, which gives the same bytes, also when the
+// destination is one of the sources. Shorter spans and other strides take
+// the plain loop.
 template <class V, class Src>
 void channelVector(const Src &src, unsigned char *dst, size_t count, size_t rows, ptrdiff_t dstStep,
                    ptrdiff_t stride, int size) {
@@ -340,57 +354,52 @@ void channelVector(const Src &src, unsigned char *dst, size_t count, size_t rows
     constexpr size_t kPass = 3 * kB;
     if (count == 0) return;
     const auto period = static_cast<size_t>(stride);
-    if (stride < size || kPass % period != 0) {
+    const size_t span = (count - 1) * period + static_cast<size_t>(size);
+    if (stride < size || period > kWidestPixel || kPass % period != 0 || span < kB) {
         channelLoop(src, dst, count, rows, dstStep, stride, size);
         return;
     }
     // The channel's bytes and their mask from phase 0 of a pixel, long
     // enough for three vectors read from any phase below the stride.
-    alignas(64) unsigned char inChannel[kPass + 32];
-    alignas(64) unsigned char masked[kPass + 32];
+    alignas(64) unsigned char inChannel[kPass + kWidestPixel];
+    alignas(64) unsigned char masked[kPass + kWidestPixel];
     for (size_t t = 0; t < sizeof inChannel; ++t) {
         const size_t lane = t % period;
         inChannel[t] = lane < static_cast<size_t>(size) ? 0xFF : 0;
         masked[t] = lane < static_cast<size_t>(size) ? byteOf(src.mask, lane) : 0;
     }
-    const size_t span = (count - 1) * period + static_cast<size_t>(size);
+    auto masks = [&](size_t at, size_t pass) {
+        return LaneMasks<V>{V::loadu(inChannel + at % period + pass * kB),
+                            V::loadu(masked + at % period + pass * kB)};
+    };
+    const size_t last = span - kB;
+    const auto lastMasks = masks(last, 0);
+    const auto firstMasks = masks(0, 0);
     for (size_t r = 0; r < rows; ++r) {
         const Src s = src.row(r);
         unsigned char *d = dst + static_cast<ptrdiff_t>(r) * dstStep;
-        const size_t first = headBytes<V>(d);
-        if (span < first + kPass) {
-            channelBytes(s, d, 0, span, stride, size);
-            continue;
-        }
-        const size_t stop = first + (span - first) / kB * kB;
-        channelBytes(s, d, 0, first, stride, size);
-        const size_t phase = first % period;
-        const typename V::Vec m0 = V::loadu(inChannel + phase);
-        const typename V::Vec m1 = V::loadu(inChannel + phase + kB);
-        const typename V::Vec m2 = V::loadu(inChannel + phase + 2 * kB);
-        const typename V::Vec v0 = V::loadu(masked + phase);
-        const typename V::Vec v1 = V::loadu(masked + phase + kB);
-        const typename V::Vec v2 = V::loadu(masked + phase + 2 * kB);
-        size_t k = first;
-        auto step = [&](size_t at, typename V::Vec m, typename V::Vec v) {
-            V::store(d + at,
-                     V::or_(V::andNot(m, V::loadu(d + at)), V::and_(sourceVec<V>(s, at), v)));
+        auto blend = [&](size_t at, const LaneMasks<V> &m) {
+            return V::or_(V::andNot(m.channel, V::loadu(d + at)),
+                          V::and_(sourceVec<V>(s, at), m.value));
         };
-        for (; k + kPass <= stop; k += kPass) {
-            step(k, m0, v0);
-            step(k + kB, m1, v1);
-            step(k + 2 * kB, m2, v2);
+        V::storeu(d, blend(0, firstMasks));
+        const size_t first = headBytes<V>(d);
+        const auto p0 = masks(first, 0);
+        const auto p1 = masks(first, 1);
+        const auto p2 = masks(first, 2);
+        size_t k = first;
+        for (; k + kPass <= span; k += kPass) {
+            V::store(d + k, blend(k, p0));
+            V::store(d + k + kB, blend(k + kB, p1));
+            V::store(d + k + 2 * kB, blend(k + 2 * kB, p2));
         }
-        // Fewer than three vectors remain; they continue the period from m0.
-        if (k + kB <= stop) {
-            step(k, m0, v0);
+        // Fewer than three vectors remain; they continue the period from p0.
+        if (k + kB <= span) {
+            V::store(d + k, blend(k, p0));
             k += kB;
         }
-        if (k + kB <= stop) {
-            step(k, m1, v1);
-            k += kB;
-        }
-        channelBytes(s, d, k, span, stride, size);
+        if (k + kB <= span) V::store(d + k, blend(k, p1));
+        V::storeu(d + last, blend(last, lastMasks));
     }
 }
 

@@ -264,7 +264,7 @@ TEST(AndForms, RowsAgreeAlsoWhenTheStoresBypassTheCaches) {
 }
 
 TEST(AndForms, ChannelRunsAgreeForEveryStrideLengthAndAlignment) {
-    constexpr size_t kSize = 2 * (300 * 20 + 5) + 2 * kGuard + 64;
+    constexpr size_t kSize = 2 * (300 * 52 + 5) + 2 * kGuard + 64;
     const std::vector<uint8_t> src = randomBytes(kSize, 31);
     const std::vector<uint8_t> base = randomBytes(kSize, 32);
     std::vector<uint8_t> want(kSize + 64);
@@ -275,7 +275,7 @@ TEST(AndForms, ChannelRunsAgreeForEveryStrideLengthAndAlignment) {
     const uint32_t mask = 0xA5C3F00Fu;
     for (const rmg::AndForms *forms : vectorForms()) {
         for (int size : {1, 2, 4}) {
-            for (int channels = 1; channels <= 5; ++channels) {
+            for (int channels : {1, 2, 3, 4, 5, 6, 8, 12, 13}) {
                 const ptrdiff_t stride = size * channels;
                 for (size_t n = 0; n <= 300; n += (n < 40 ? 1 : 7)) {
                     for (size_t align = 0; align < 64; ++align) {
