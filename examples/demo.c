@@ -202,10 +202,64 @@ static void show_error(void) {
     wrmgDeallocate(image, RMG_DEALLOC_ALL);
 }
 
+static RmgImage *gray_image(int height, int width) {
+    RmgImage *image = wrmgCreateImageHeader(1, 0, RMG_DEPTH_8U, "GRAY", "GRAY", RMG_DATA_PIXEL,
+                                            RMG_ORIGIN_TL, 4, height, width, NULL, NULL, NULL);
+    if (image != NULL) wrmgAllocateImage(image, 0);
+    return image;
+}
+
+static void print_row(const char *label, const RmgImage *image) {
+    printf("  %-28s", label);
+    print_bytes(image->imageData, image->width);
+    printf("\n");
+}
+
+static int show_point_operations(void) {
+    RmgImage *ramp = gray_image(1, 12);
+    RmgImage *result = gray_image(1, 12);
+    RmgImage *mask = gray_image(1, 12);
+    RmgImage *wide = NULL;
+    int x;
+    if (ramp == NULL || result == NULL || mask == NULL) return 1;
+    for (x = 0; x < 12; ++x) {
+        ramp->imageData[x] = (unsigned char)(x * 23);
+        mask->imageData[x] = (unsigned char)(x < 6 ? 0xFF : 0x0F);
+    }
+    printf("\nPoint operations on a generated 8-bit ramp (saturating at 0 and 255):\n");
+    print_row("ramp", ramp);
+    wrmgAddS(ramp, result, 60, NULL);
+    print_row("wrmgAddS +60 (brighter)", result);
+    wrmgSubtractS(ramp, result, 100, 0, NULL);
+    print_row("wrmgSubtractS 100 (darker)", result);
+    wrmgAndS(ramp, result, 0xF0, NULL);
+    print_row("wrmgAndS 0xf0", result);
+    wrmgAnd(ramp, mask, result, NULL);
+    print_row("wrmgAnd with a mask image", result);
+
+    /* A deliberately bad call: a 16-bit source into an 8-bit destination.
+       The dialog is silenced through the extended interface this time. */
+    wide = wrmgCreateImageHeader(1, 0, RMG_DEPTH_16U, "GRAY", "GRAY", RMG_DATA_PIXEL,
+                                 RMG_ORIGIN_TL, 4, 1, 12, NULL, NULL, NULL);
+    wrmgAllocateImage(wide, 0);
+    rmgSetErrMode(RMG_ErrorModeSilent);
+    wrmgAddS(wide, result, 1, NULL);
+    rmgSetErrMode(RMG_ErrorModeLeaf);
+    printf("  wrmgAddS(16-bit source, 8-bit destination) leaves the status at %d (%s)\n",
+           wrmgGetErrStatus(), rmgErrStatusText(wrmgGetErrStatus()));
+    print_row("destination unchanged", result);
+    wrmgDeallocate(wide, RMG_DEALLOC_ALL);
+    wrmgDeallocate(ramp, RMG_DEALLOC_ALL);
+    wrmgDeallocate(result, RMG_DEALLOC_ALL);
+    wrmgDeallocate(mask, RMG_DEALLOC_ALL);
+    return 0;
+}
+
 int main(void) {
     if (show_images() != 0) return 1;
     if (show_tiles() != 0) return 1;
     if (show_copy() != 0) return 1;
+    if (show_point_operations() != 0) return 1;
     show_refusal();
     show_error();
     return wrmgGetErrStatus() == RMG_StsBadArg ? 0 : 1;
