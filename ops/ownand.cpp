@@ -28,7 +28,8 @@ namespace {
 
 ptrdiff_t times(int a, int b) { return static_cast<ptrdiff_t>(a) * b; }
 
-// The element mask of a channel kernel, its low `size` bytes repeated.
+// One channel of pixel-order rows, elements of `size` bytes: the scheme of
+// rmgAndCoi8, rmgAndCoi16 and rmgAndCoi32.
 void andChannel(const unsigned char *src, unsigned char *dst, int width, int height,
                 int srcChannels, int dstChannels, int srcStep, int dstStep, int srcIndex,
                 int dstIndex, int size, uint32_t mask) {
