@@ -23,7 +23,7 @@ RmgImage *header(const Size &size, int channels, int part, RmgROI *roi) {
                                  rmgbench::arena(whole, part), channels);
 }
 
-// Source in part 1, destination in part 0 of the arena. `bytes` is what one
+// Source in the arena's second half, destination in its first. `bytes` is what one
 // call writes, for the throughput.
 struct Case {
     const char *name;

@@ -25,8 +25,8 @@ namespace rmgbench {
 
 // A block of at least `bytes` bytes whose start is a multiple of 64, the
 // same block for every benchmark (it only grows), written once when it is
-// made so that page faults stay out of the timings. `part` 0 is the start;
-// part 1 is the second half, for a source beside a destination.
+// made so that page faults stay out of the timings. `part` 0 is the start,
+// `part` 1 the second half, for a source beside a destination.
 inline unsigned char *arena(size_t bytes, int part = 0) {
     static unsigned char *block = nullptr;
     static size_t size = 0;
