@@ -16,7 +16,8 @@ constexpr AndForms kAndScalar = {andPatternRows, byteOpScalar, andChannelLoop, a
 namespace {
 
 constexpr FormTable<const AndForms *> kAnd = formTable<const AndForms *>(
-    &kAndScalar, RMG_FORM_SSE2(&kAndSse2), RMG_FORM_AVX2(&kAndAvx2), nullptr);
+    &kAndScalar, RMG_FORM_SSE2(&kAndSse2), RMG_FORM_AVX2(&kAndAvx2),
+    RMG_FORM_AVX512(&kAndAvx512));
 
 }  // namespace
 

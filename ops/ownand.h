@@ -158,6 +158,7 @@ struct AndForms {
 extern const AndForms kAndScalar;
 extern const AndForms kAndSse2;
 extern const AndForms kAndAvx2;
+extern const AndForms kAndAvx512;
 
 // The forms for the processor (or the form a test forced).
 const AndForms &andForms();

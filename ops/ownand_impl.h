@@ -339,7 +339,7 @@ struct LaneMasks {
 
 // One channel with vectors. When three vectors hold a whole number of
 // pixels of at most kWidestPixel bytes (strides of 1, 2, 3, 4, 6, 8, 12,
-// 16, 24 and, for AVX2, 32 bytes: among them every 1 to 4 channels of 1, 2
+// 16, 24 and, for AVX2 and AVX-512, 32 bytes: among them every 1 to 4 channels of 1, 2
 // or 4 bytes), each vector of the row's span is read, the channel's bytes
 // replaced by their result, and the vector written back: the other bytes
 // get their own values again. Aligned vectors fill the middle, and an

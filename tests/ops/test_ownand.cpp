@@ -123,6 +123,7 @@ std::vector<const rmg::AndForms *> vectorForms() {
     std::vector<const rmg::AndForms *> forms;
     if (rmg::cpuBestForm() >= rmg::kFormSse2) forms.push_back(&rmg::kAndSse2);
     if (rmg::cpuBestForm() >= rmg::kFormAvx2) forms.push_back(&rmg::kAndAvx2);
+    if (rmg::cpuBestForm() >= rmg::kFormAvx512) forms.push_back(&rmg::kAndAvx512);
     return forms;
 }
 
