@@ -62,10 +62,8 @@ void registerAndS(const std::string &name, const ImageSize &size, const ImageDep
         RmgROI srcRoi, dstRoi;
         RmgImage *src = header(size, depth, region, &srcRoi, rmgbench::arena(bytes, 1));
         RmgImage *dst = header(size, depth, region, &dstRoi, rmgbench::arena(bytes, 0));
-        for (auto _ : state) {
-            rmgAndS(src, dst, 0x5A5A5A5A, nullptr);
-            rmgbench::keep(dst->imageData);
-        }
+        rmgbench::timeBeside(state, rmgbench::memcpyOf(regionBytes(size, depth, region)),
+                             [&] { rmgAndS(src, dst, 0x5A5A5A5A, nullptr); });
         rmgbench::releaseHeader(src);
         rmgbench::releaseHeader(dst);
         return regionBytes(size, depth, region);
@@ -80,10 +78,8 @@ void registerAnd(const std::string &name, const ImageSize &size, const ImageDept
         RmgImage *a = header(size, depth, region, &aRoi, rmgbench::arena(bytes, 1));
         RmgImage *b = header(size, depth, region, &bRoi, secondSource(bytes));
         RmgImage *d = header(size, depth, region, &dRoi, rmgbench::arena(bytes, 0));
-        for (auto _ : state) {
-            rmgAnd(a, b, d, nullptr);
-            rmgbench::keep(d->imageData);
-        }
+        rmgbench::timeBeside(state, rmgbench::memcpyOf(regionBytes(size, depth, region)),
+                             [&] { rmgAnd(a, b, d, nullptr); });
         rmgbench::releaseHeader(a);
         rmgbench::releaseHeader(b);
         rmgbench::releaseHeader(d);

@@ -40,6 +40,19 @@ size_t writtenBytes(const Size &size, const Case &c) {
     return columns * rows * static_cast<size_t>(channels);
 }
 
+// Two memcpy calls of `bytes` bytes, one each way between the arena's two
+// halves: the yardstick of an exchange.
+rmgbench::Yardstick twoMemcpy(size_t bytes) {
+    return {"2memcpy", [bytes] {
+                unsigned char *a = rmgbench::arena(bytes, 0);
+                unsigned char *b = rmgbench::arena(bytes, 1);
+                std::memcpy(a, b, bytes);
+                rmgbench::keep(a);
+                std::memcpy(b, a, bytes);
+                rmgbench::keep(b);
+            }};
+}
+
 void registerCase(const Size &size, const Case &c) {
     const std::string name = std::string(c.name) + "/" + size.name;
     rmgbench::registerForms(name, [size, c](benchmark::State &state) {
@@ -47,32 +60,16 @@ void registerCase(const Size &size, const Case &c) {
         RmgROI dstRoi = c.dstRoi;
         RmgImage *src = header(size, c.srcChannels, 1, srcRoi.width != 0 ? &srcRoi : nullptr);
         RmgImage *dst = header(size, c.dstChannels, 0, dstRoi.width != 0 ? &dstRoi : nullptr);
-        for (auto _ : state) {
-            if (c.exchange)
-                rmgExchange(src, dst, nullptr);
-            else
-                rmgCopy(src, dst, nullptr);
-            rmgbench::keep(dst->imageData);
-            rmgbench::keep(src->imageData);
-        }
+        const size_t bytes = writtenBytes(size, c);
+        rmgbench::timeBeside(state, c.exchange ? twoMemcpy(bytes) : rmgbench::memcpyOf(bytes),
+                             [&] {
+                                 if (c.exchange)
+                                     rmgExchange(src, dst, nullptr);
+                                 else
+                                     rmgCopy(src, dst, nullptr);
+                             });
         rmgbench::releaseHeader(src);
         rmgbench::releaseHeader(dst);
-        return writtenBytes(size, c);
-    });
-}
-
-// Two memcpy calls of `bytes` bytes, one each way between the arena's two
-// halves: the yardstick of an exchange.
-void registerTwoMemcpy(const std::string &name, size_t bytes) {
-    rmgbench::registerBytes(name + "/2memcpy", [bytes](benchmark::State &state) {
-        unsigned char *a = rmgbench::arena(bytes, 0);
-        unsigned char *b = rmgbench::arena(bytes, 1);
-        for (auto _ : state) {
-            std::memcpy(a, b, bytes);
-            rmgbench::keep(a);
-            std::memcpy(b, a, bytes);
-            rmgbench::keep(b);
-        }
         return bytes;
     });
 }
@@ -86,7 +83,7 @@ bool registerAll() {
         const RmgROI coi3{3, 0, 0, size.height, size.width};
         rmgbench::registerMemcpy(std::string("Copy8u/") + size.name, bytes);
         registerCase(size, Case{"Copy8u", 3, 3, none, none, false});
-        registerTwoMemcpy(std::string("Exchange8u/") + size.name, bytes);
+        rmgbench::registerYardstick(std::string("Exchange8u/") + size.name, bytes, twoMemcpy(bytes));
         registerCase(size, Case{"Exchange8u", 3, 3, none, none, true});
         registerCase(size, Case{"CopyRoi8u", 3, 3, half, none, false});
         registerCase(size, Case{"CopyCoiGather8u", 3, 1, coi2, none, false});

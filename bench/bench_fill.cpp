@@ -33,10 +33,8 @@ bool registerAll() {
             rmgbench::registerMemset(run, bytes);
             rmgbench::registerForms(run, [size, elements, bytes](benchmark::State &state) {
                 unsigned char *p = rmgbench::arena(bytes);
-                for (auto _ : state) {
-                    fill(size, p, elements);
-                    rmgbench::keep(p);
-                }
+                rmgbench::timeBeside(state, rmgbench::memsetOf(bytes),
+                                     [&] { fill(size, p, elements); });
                 return bytes;
             });
             // Channel 2 of 3: a third of the elements, over the same bytes,
@@ -44,10 +42,8 @@ bool registerAll() {
             const std::string channel = std::string("FillChannel") + depth + "/" + shape.name;
             rmgbench::registerForms(channel, [size, elements, bytes](benchmark::State &state) {
                 unsigned char *p = rmgbench::arena(bytes);
-                for (auto _ : state) {
-                    fillChannel(size, p, elements / 3);
-                    rmgbench::keep(p);
-                }
+                rmgbench::timeBeside(state, rmgbench::memsetOf(bytes),
+                                     [&] { fillChannel(size, p, elements / 3); });
                 return bytes;
             });
         }
@@ -58,20 +54,20 @@ bool registerAll() {
         const int step = count + 7;
         const size_t bytes = static_cast<size_t>(count) * 1024;
         const std::string rows = "FillRows8/" + std::to_string(count);
-        rmgbench::registerBytes(rows + "/memset", [count, step, bytes](benchmark::State &state) {
+        // The yardstick: memset of the same rows, one call a row.
+        const rmgbench::Yardstick rowsMemset{"memset", [count, step] {
+                                                 unsigned char *p = rmgbench::arena(
+                                                     static_cast<size_t>(step) * 1024);
+                                                 for (int r = 0; r < 1024; ++r)
+                                                     std::memset(p + r * step, 0x5A, count);
+                                                 rmgbench::keep(p);
+                                             }};
+        rmgbench::registerYardstick(rows, bytes, rowsMemset);
+        rmgbench::registerForms(rows, [count, step, bytes, rowsMemset](benchmark::State &state) {
             unsigned char *p = rmgbench::arena(static_cast<size_t>(step) * 1024);
-            for (auto _ : state) {
-                for (int r = 0; r < 1024; ++r) std::memset(p + r * step, 0x5A, count);
-                rmgbench::keep(p);
-            }
-            return bytes;
-        });
-        rmgbench::registerForms(rows, [count, step, bytes](benchmark::State &state) {
-            unsigned char *p = rmgbench::arena(static_cast<size_t>(step) * 1024);
-            for (auto _ : state) {
+            rmgbench::timeBeside(state, rowsMemset, [&] {
                 for (int r = 0; r < 1024; ++r) rmgFill8(0x5A, p + r * step, count);
-                rmgbench::keep(p);
-            }
+            });
             return bytes;
         });
     }

@@ -22,14 +22,12 @@ RmgImage *header(const Size &size, const Depth &depth, RmgROI *roi) {
 
 // rmgSet as an application meets it: the kernel form the processor runs.
 void registerSet(const std::string &name, const Size &size, const Depth &depth, int coi) {
-    rmgbench::registerBytes(name, [size, depth, coi](benchmark::State &state) {
+    rmgbench::registerTimed(name, [size, depth, coi](benchmark::State &state) {
         RmgROI roi{coi, 0, 0, size.height, size.width};
         RmgImage *image = header(size, depth, coi != 0 ? &roi : nullptr);
-        for (auto _ : state) {
-            rmgSet(image, 0x5A, nullptr);
-            rmgbench::keep(image->imageData);
-        }
         const size_t bytes = static_cast<size_t>(image->imageSize);
+        rmgbench::timeBeside(state, rmgbench::memsetOf(bytes),
+                             [&] { rmgSet(image, 0x5A, nullptr); });
         rmgbench::releaseHeader(image);
         return bytes;
     });

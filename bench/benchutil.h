@@ -4,12 +4,21 @@
 // beside an operation. Throughput is reported as bytes per second
 // (SetBytesProcessed), so an operation and its yardstick compare directly.
 //
+// The yardstick is measured twice: as a benchmark of its own (the rows
+// named memset and memcpy), and inside the loop of each operation, just
+// before every call (timeBeside). The second gives the counter vs_memset or
+// vs_memcpy, the yardstick's time over the operation's in the same
+// iterations: above 1 the operation is the faster. Both see the same
+// moment of a machine shared with others, whose load shifts benchmarks run
+// one after another, and caches that the other has just swept.
+//
 // The program's main() is in bench/bench_main.cpp.
 #ifndef RMG_BENCH_BENCHUTIL_H
 #define RMG_BENCH_BENCHUTIL_H
 
 #include <benchmark/benchmark.h>
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -49,21 +58,28 @@ inline void keep(void *p) {
 
 // Registers `name`: `body` runs its timing loop and returns the bytes one
 // iteration writes.
-inline void registerBytes(const std::string &name,
-                          const std::function<size_t(benchmark::State &)> &body) {
-    benchmark::RegisterBenchmark(name.c_str(), [body](benchmark::State &state) {
+inline benchmark::internal::Benchmark *registerBytes(
+    const std::string &name, const std::function<size_t(benchmark::State &)> &body) {
+    return benchmark::RegisterBenchmark(name.c_str(), [body](benchmark::State &state) {
         const size_t bytes = body(state);
         state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) *
                                 static_cast<int64_t>(bytes));
     });
 }
 
+// Registers `name` for a body whose timing loop is timeBeside.
+inline void registerTimed(const std::string &name,
+                          const std::function<size_t(benchmark::State &)> &body) {
+    registerBytes(name, body)->UseManualTime();
+}
+
 // Registers `name/<form>` for each form from scalar to the widest this
-// processor runs, with that form forced while `body` runs.
+// processor runs, with that form forced while `body` (whose timing loop is
+// timeBeside) runs.
 inline void registerForms(const std::string &name,
                           const std::function<size_t(benchmark::State &)> &body) {
     for (int form = rmg::kFormScalar; form <= rmg::cpuBestForm(); ++form) {
-        registerBytes(name + "/" + rmg::cpuFormName(form), [form, body](benchmark::State &state) {
+        registerTimed(name + "/" + rmg::cpuFormName(form), [form, body](benchmark::State &state) {
             rmg::cpuForceForm(form);
             const size_t bytes = body(state);
             rmg::cpuReleaseForm();
@@ -72,30 +88,97 @@ inline void registerForms(const std::string &name,
     }
 }
 
-// Registers `name/memset`: memset of `bytes` bytes of the arena.
-inline void registerMemset(const std::string &name, size_t bytes) {
-    registerBytes(name + "/memset", [bytes](benchmark::State &state) {
-        unsigned char *p = arena(bytes);
-        for (auto _ : state) {
-            std::memset(p, 0x5A, bytes);
-            keep(p);
+// A yardstick taken inside an operation's loop: its name for the counter
+// ("memset", "memcpy", ...) and what it runs.
+struct Yardstick {
+    const char *name;
+    std::function<void()> run;
+};
+
+// memset of `bytes` bytes at the arena's start.
+inline Yardstick memsetOf(size_t bytes) {
+    return {"memset", [bytes] {
+                unsigned char *p = arena(bytes);
+                std::memset(p, 0x5A, bytes);
+                keep(p);
+            }};
+}
+
+// memcpy of `bytes` bytes from the arena's second half to its first.
+inline Yardstick memcpyOf(size_t bytes) {
+    return {"memcpy", [bytes] {
+                unsigned char *to = arena(bytes, 0);
+                std::memcpy(to, arena(bytes, 1), bytes);
+                keep(to);
+            }};
+}
+
+// The timing loop of an operation, for a benchmark registered with
+// registerTimed or registerForms. The iterations come in blocks of
+// kBlockCalls calls of `op`, each timed on its own (the iteration's time);
+// before each block the yardstick runs as many times, timed alike, for the
+// counter vs_<yardstick>: the yardstick's time over the operation's. The
+// two take turns every few milliseconds at most, so they see the same
+// moment of the machine; and each sees the caches after itself, as in a
+// loop of its own: a first untimed call after the other's block pays for
+// the lines the other left to be written back (a copy that stores through
+// the caches leaves up to the last-level cache's size of them).
+// The yardstick writes the arena's first half, so it may only hold what
+// the operation writes. The arena must already be large enough for the
+// yardstick: it would move otherwise.
+constexpr int kBlockCalls = 5;
+
+template <class Op>
+void timeBeside(benchmark::State &state, const Yardstick &yardstick, Op op) {
+    using Clock = std::chrono::steady_clock;
+    auto seconds = [](Clock::time_point from, Clock::time_point to) {
+        return std::chrono::duration<double>(to - from).count();
+    };
+    double yardstickTime = 0;
+    double opTime = 0;
+    int call = 0;
+    for (auto _ : state) {
+        if (call == 0) {
+            yardstick.run();
+            for (int i = 0; i < kBlockCalls; ++i) {
+                const Clock::time_point start = Clock::now();
+                yardstick.run();
+                yardstickTime += seconds(start, Clock::now());
+            }
+            op();
+            benchmark::ClobberMemory();
         }
+        call = (call + 1) % kBlockCalls;
+        const Clock::time_point start = Clock::now();
+        op();
+        benchmark::ClobberMemory();
+        const double time = seconds(start, Clock::now());
+        opTime += time;
+        state.SetIterationTime(time);
+    }
+    // The yardstick ran kBlockCalls times for each block begun: set its time
+    // against the operation's over as many calls.
+    const int64_t calls = state.iterations();
+    const int64_t blocks = (calls + kBlockCalls - 1) / kBlockCalls;
+    const double perYardstick = blocks > 0 ? yardstickTime / static_cast<double>(blocks * kBlockCalls) : 0.0;
+    state.counters[std::string("vs_") + yardstick.name] =
+        opTime > 0 ? perYardstick * static_cast<double>(calls) / opTime : 0.0;
+}
+
+// Registers `name/<yardstick>`: the yardstick alone, over `bytes` bytes.
+inline void registerYardstick(const std::string &name, size_t bytes, const Yardstick &yardstick) {
+    registerBytes(name + "/" + yardstick.name, [bytes, yardstick](benchmark::State &state) {
+        for (auto _ : state) yardstick.run();
         return bytes;
     });
 }
 
-// Registers `name/memcpy`: memcpy of `bytes` bytes from one half of the
-// arena to the other.
+inline void registerMemset(const std::string &name, size_t bytes) {
+    registerYardstick(name, bytes, memsetOf(bytes));
+}
+
 inline void registerMemcpy(const std::string &name, size_t bytes) {
-    registerBytes(name + "/memcpy", [bytes](benchmark::State &state) {
-        unsigned char *to = arena(bytes, 0);
-        const unsigned char *from = arena(bytes, 1);
-        for (auto _ : state) {
-            std::memcpy(to, from, bytes);
-            keep(to);
-        }
-        return bytes;
-    });
+    registerYardstick(name, bytes, memcpyOf(bytes));
 }
 
 // The images the operations' benchmarks use: 3 channels in pixel order, at
