@@ -91,112 +91,56 @@ TEST_F(ValidTest, HeaderWithoutDataOrTilesIsBitTwoAlone) {
 }
 
 TEST_F(ValidTest, EachTestHasItsBit) {
-    {
+    // Each case starts from a good image (tiled, or with its ROI record
+    // attached, where it says so), makes its change and expects exactly
+    // this mask.
+    enum Start { kData, kTiled, kRoi };
+    struct Case {
+        const char *what;
+        Start start;
+        void (*change)(GoodImage &);
+        int mask;
+    };
+    const Case cases[] = {
+        {"imageSize 0", kData, [](GoodImage &g) { g.image.imageSize = 0; }, 0x0004},
+        {"height 0", kData, [](GoodImage &g) { g.image.height = 0; }, 0x0004},
+        {"width -2", kData, [](GoodImage &g) { g.image.width = -2; }, 0x0004},
+        // The size is tested for tiled images too.
+        {"tiled height 0", kTiled, [](GoodImage &g) { g.image.height = 0; }, 0x0004},
+        {"widthStep 0", kData, [](GoodImage &g) { g.image.widthStep = 0; }, 0x0010},
+        {"nChannels 0", kData, [](GoodImage &g) { g.image.nChannels = 0; }, 0x0020},
+        {"nChannels -1, alpha 0 above it", kData,
+         [](GoodImage &g) {
+             g.image.nChannels = -1;
+             g.image.alphaChannel = 0;
+         },
+         0x0020 | 0x0100},
+        {"1u with 3 channels", kData, [](GoodImage &g) { g.image.depth = RMG_DEPTH_1U; }, 0x0040},
+        {"depth 32", kData, [](GoodImage &g) { g.image.depth = 32; }, 0x0080},
+        {"alpha 4", kData, [](GoodImage &g) { g.image.alphaChannel = 4; }, 0x0100},
+        {"alpha -1", kData, [](GoodImage &g) { g.image.alphaChannel = -1; }, 0x0100},
+        {"dataOrder 2", kData, [](GoodImage &g) { g.image.dataOrder = 2; }, 0x0200},
+        {"origin 2", kData, [](GoodImage &g) { g.image.origin = 2; }, 0x0400},
+        {"align 16", kData, [](GoodImage &g) { g.image.align = 16; }, 0x0800},
+        {"callBack null", kTiled, [](GoodImage &g) { g.tiles.callBack = nullptr; }, 0x1000},
+        {"tile width 12", kTiled, [](GoodImage &g) { g.tiles.width = 12; }, 0x2000},
+        {"tile height 0", kTiled, [](GoodImage &g) { g.tiles.height = 0; }, 0x2000},
+        {"tile height -8", kTiled, [](GoodImage &g) { g.tiles.height = -8; }, 0x2000},
+        {"coi 4", kRoi, [](GoodImage &g) { g.roi.coi = 4; }, 0x4000},
+        {"coi -1", kRoi, [](GoodImage &g) { g.roi.coi = -1; }, 0x4000},
+        {"coi 3", kRoi, [](GoodImage &g) { g.roi.coi = 3; }, 0},
+        {"roi width 0", kRoi, [](GoodImage &g) { g.roi.width = 0; }, 0x8000},
+        {"roi height -1", kRoi, [](GoodImage &g) { g.roi.height = -1; }, 0x8000},
+        {"roi xOffset -1", kRoi, [](GoodImage &g) { g.roi.xOffset = -1; }, 0x0008},
+        {"roi yOffset -1", kRoi, [](GoodImage &g) { g.roi.yOffset = -1; }, 0x0008},
+    };
+    for (const Case &c : cases) {
+        SCOPED_TRACE(c.what);
         GoodImage g;
-        g.image.imageSize = 0;
-        EXPECT_EQ(rmgBadImageHeader(&g.image), 0x0004);
-        g.image.imageSize = 80;
-        g.image.height = 0;
-        EXPECT_EQ(rmgBadImageHeader(&g.image), 0x0004);
-        g.image.height = 4;
-        g.image.width = -2;
-        EXPECT_EQ(rmgBadImageHeader(&g.image), 0x0004);
-    }
-    {
-        GoodImage g;
-        g.makeTiled();
-        g.image.height = 0;  // tested for tiled images too
-        EXPECT_EQ(rmgBadImageHeader(&g.image), 0x0004);
-    }
-    {
-        GoodImage g;
-        g.image.widthStep = 0;
-        EXPECT_EQ(rmgBadImageHeader(&g.image), 0x0010);
-    }
-    {
-        GoodImage g;
-        g.image.nChannels = 0;
-        EXPECT_EQ(rmgBadImageHeader(&g.image), 0x0020);
-        g.image.nChannels = -1;
-        g.image.alphaChannel = 0;  // above nChannels
-        EXPECT_EQ(rmgBadImageHeader(&g.image), 0x0020 | 0x0100);
-    }
-    {
-        GoodImage g;
-        g.image.depth = RMG_DEPTH_1U;  // with 3 channels
-        EXPECT_EQ(rmgBadImageHeader(&g.image), 0x0040);
-    }
-    {
-        GoodImage g;
-        g.image.depth = 32;
-        EXPECT_EQ(rmgBadImageHeader(&g.image), 0x0080);
-    }
-    {
-        GoodImage g;
-        g.image.alphaChannel = 4;
-        EXPECT_EQ(rmgBadImageHeader(&g.image), 0x0100);
-        g.image.alphaChannel = -1;
-        EXPECT_EQ(rmgBadImageHeader(&g.image), 0x0100);
-    }
-    {
-        GoodImage g;
-        g.image.dataOrder = 2;
-        EXPECT_EQ(rmgBadImageHeader(&g.image), 0x0200);
-    }
-    {
-        GoodImage g;
-        g.image.origin = 2;
-        EXPECT_EQ(rmgBadImageHeader(&g.image), 0x0400);
-    }
-    {
-        GoodImage g;
-        g.image.align = 16;
-        EXPECT_EQ(rmgBadImageHeader(&g.image), 0x0800);
-    }
-    {
-        GoodImage g;
-        g.makeTiled();
-        g.tiles.callBack = nullptr;
-        EXPECT_EQ(rmgBadImageHeader(&g.image), 0x1000);
-    }
-    {
-        GoodImage g;
-        g.makeTiled();
-        g.tiles.width = 12;
-        EXPECT_EQ(rmgBadImageHeader(&g.image), 0x2000);
-        g.tiles.width = 8;
-        g.tiles.height = 0;
-        EXPECT_EQ(rmgBadImageHeader(&g.image), 0x2000);
-        g.tiles.height = -8;
-        EXPECT_EQ(rmgBadImageHeader(&g.image), 0x2000);
-    }
-    {
-        GoodImage g;
-        g.image.roi = &g.roi;
-        g.roi.coi = 4;
-        EXPECT_EQ(rmgBadImageHeader(&g.image), 0x4000);
-        g.roi.coi = -1;
-        EXPECT_EQ(rmgBadImageHeader(&g.image), 0x4000);
-        g.roi.coi = 3;
-        EXPECT_EQ(rmgBadImageHeader(&g.image), 0);
-    }
-    {
-        GoodImage g;
-        g.image.roi = &g.roi;
-        g.roi.width = 0;
-        EXPECT_EQ(rmgBadImageHeader(&g.image), 0x8000);
-        g.roi.width = 1;
-        g.roi.height = -1;
-        EXPECT_EQ(rmgBadImageHeader(&g.image), 0x8000);
-    }
-    {
-        GoodImage g;
-        g.image.roi = &g.roi;
-        g.roi.xOffset = -1;
-        EXPECT_EQ(rmgBadImageHeader(&g.image), 0x0008);
-        g.roi.xOffset = 0;
-        g.roi.yOffset = -1;
-        EXPECT_EQ(rmgBadImageHeader(&g.image), 0x0008);
+        if (c.start == kTiled) g.makeTiled();
+        if (c.start == kRoi) g.image.roi = &g.roi;
+        c.change(g);
+        EXPECT_EQ(rmgBadImageHeader(&g.image), c.mask);
     }
 }
 
