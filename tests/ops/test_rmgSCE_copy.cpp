@@ -36,6 +36,35 @@ void expectReport(size_t index, int status, const std::string &context) {
     copytest::expectReport(index, status, context, "rmgCopy");
 }
 
+// Copies a source whose pixel bytes count up from `start` into `dst`, whose
+// pixel bytes are all set to `fill` first (left as made where it is -1),
+// and gives the destination's pixel bytes, row padding included.
+std::vector<uint8_t> copyCounted(Plain &src, Plain &dst, int start, int fill = -1) {
+    countUp(src, start);
+    if (fill >= 0) std::memset(dst.pixels(), fill, static_cast<size_t>(dst.image->imageSize));
+    rmgCopy(src.image, dst.image, nullptr);
+    return pixelsOf(dst);
+}
+
+// Copies and asserts that the destination's whole block, guard zones
+// included, is as it was before.
+void expectCopyLeavesAlone(Plain &src, Plain &dst) {
+    const std::vector<uint8_t> before = dst.block;
+    rmgCopy(src.image, dst.image, nullptr);
+    EXPECT_EQ(difference(dst.block, before), "");
+}
+
+// The walk over these tiles in this order: each asked for in `mode`, then
+// released.
+std::vector<TileCall> walkOf(int mode, const std::vector<std::pair<int, int>> &tiles) {
+    std::vector<TileCall> calls;
+    for (const auto &t : tiles) {
+        calls.push_back({t.first, t.second, mode});
+        calls.push_back({t.first, t.second, Rel});
+    }
+    return calls;
+}
+
 // --- The opening ------------------------------------------------------------
 
 TEST_F(CopyTest, BadSourceHeaderIsReportedAndTheDestinationIsNotTested) {
@@ -108,35 +137,27 @@ TEST_F(CopyTest, DifferentSizesCopyTheCommonTopLeftPart) {
     // 4 rows of 3 pixels (rows of 9 bytes padded to 12).
     Plain src(3, RMG_DEPTH_8U, RMG_DATA_PIXEL, 4, 3, 5, 8);
     Plain dst(3, RMG_DEPTH_8U, RMG_DATA_PIXEL, 4, 4, 3, 8);
-    countUp(src);
-    std::memset(dst.pixels(), 0xEE, 48);
-    rmgCopy(src.image, dst.image, nullptr);
     const std::vector<uint8_t> want = {0,    1,    2,    3,    4,    5,    6,    7,    8,    0xEE,
                                        0xEE, 0xEE, 16,   17,   18,   19,   20,   21,   22,   23,
                                        24,   0xEE, 0xEE, 0xEE, 32,   33,   34,   35,   36,   37,
                                        38,   39,   40,   0xEE, 0xEE, 0xEE, 0xEE, 0xEE, 0xEE, 0xEE,
                                        0xEE, 0xEE, 0xEE, 0xEE, 0xEE, 0xEE, 0xEE, 0xEE};
-    EXPECT_EQ(pixelsOf(dst), want);
+    EXPECT_EQ(copyCounted(src, dst, 0, 0xEE), want);
     EXPECT_TRUE(rmgtest::reports().empty());
 }
 
 TEST_F(CopyTest, SourceChannelThreeIsGatheredIntoOneChannel) {
     Plain src(3, RMG_DEPTH_8U, RMG_DATA_PIXEL, 4, 2, 4, 8);
     Plain dst(1, RMG_DEPTH_8U, RMG_DATA_PIXEL, 4, 2, 4, 8);
-    countUp(src);
     src.setRoi(3, 0, 0, 2, 4);
-    rmgCopy(src.image, dst.image, nullptr);
-    EXPECT_EQ(pixelsOf(dst), (std::vector<uint8_t>{2, 5, 8, 11, 14, 17, 20, 23}));
+    EXPECT_EQ(copyCounted(src, dst, 0), (std::vector<uint8_t>{2, 5, 8, 11, 14, 17, 20, 23}));
 }
 
 TEST_F(CopyTest, OneChannelIsScatteredIntoChannelTwo) {
     Plain src(1, RMG_DEPTH_8U, RMG_DATA_PIXEL, 4, 2, 4, 8);
     Plain dst(3, RMG_DEPTH_8U, RMG_DATA_PIXEL, 4, 2, 4, 8);
-    countUp(src, 0x10);
-    std::memset(dst.pixels(), 0, 24);
     dst.setRoi(2, 0, 0, 2, 4);
-    rmgCopy(src.image, dst.image, nullptr);
-    EXPECT_EQ(pixelsOf(dst),
+    EXPECT_EQ(copyCounted(src, dst, 0x10, 0),
               (std::vector<uint8_t>{0, 0x10, 0, 0, 0x11, 0, 0, 0x12, 0, 0, 0x13, 0,
                                     0, 0x14, 0, 0, 0x15, 0, 0, 0x16, 0, 0, 0x17, 0}));
 }
@@ -144,12 +165,9 @@ TEST_F(CopyTest, OneChannelIsScatteredIntoChannelTwo) {
 TEST_F(CopyTest, ChannelOneGoesIntoChannelThree) {
     Plain src(3, RMG_DEPTH_8U, RMG_DATA_PIXEL, 4, 1, 4, 8);
     Plain dst(3, RMG_DEPTH_8U, RMG_DATA_PIXEL, 4, 1, 4, 8);
-    countUp(src, 0x40);
-    std::memset(dst.pixels(), 0, 12);
     src.setRoi(1, 0, 0, 1, 4);
     dst.setRoi(3, 0, 0, 1, 4);
-    rmgCopy(src.image, dst.image, nullptr);
-    EXPECT_EQ(pixelsOf(dst),
+    EXPECT_EQ(copyCounted(src, dst, 0x40, 0),
               (std::vector<uint8_t>{0, 0, 0x40, 0, 0, 0x43, 0, 0, 0x46, 0, 0, 0x49}));
 }
 
@@ -157,14 +175,10 @@ TEST_F(CopyTest, ThreeChannelsIntoACoiDestinationDoNothing) {
     Plain src(3, RMG_DEPTH_8U, RMG_DATA_PIXEL, 4, 2, 4, 16, 1);
     Plain dst(3, RMG_DEPTH_8U, RMG_DATA_PIXEL, 4, 2, 4, 16, 2);
     dst.setRoi(2, 0, 0, 2, 4);
-    const std::vector<uint8_t> before = dst.block;
-    rmgCopy(src.image, dst.image, nullptr);
-    EXPECT_EQ(difference(dst.block, before), "");
+    expectCopyLeavesAlone(src, dst);
     // Nor the other way round, nor into an image of one channel.
     Plain gray(1, RMG_DEPTH_8U, RMG_DATA_PIXEL, 4, 2, 4, 16, 3);
-    const std::vector<uint8_t> grayBefore = gray.block;
-    rmgCopy(src.image, gray.image, nullptr);
-    EXPECT_EQ(difference(gray.block, grayBefore), "");
+    expectCopyLeavesAlone(src, gray);
     EXPECT_TRUE(rmgtest::reports().empty());
     EXPECT_EQ(rmgGetErrStatus(), RMG_StsOk);
 }
@@ -173,11 +187,9 @@ TEST_F(CopyTest, PlaneOrderWithCoiCopiesThatPlane) {
     // 16-bit planes of 2 rows of 3 elements (6 bytes padded to 8).
     Plain src(3, RMG_DEPTH_16S, RMG_DATA_PLANE, 4, 2, 3, 8);
     Plain dst(2, RMG_DEPTH_16S, RMG_DATA_PLANE, 4, 2, 3, 8);
-    countUp(src);
-    std::memset(dst.pixels(), 0, 32);
     src.setRoi(3, 1, 0, 2, 2);
     dst.setRoi(2, 0, 1, 5, 5);
-    rmgCopy(src.image, dst.image, nullptr);
+    const std::vector<uint8_t> have = copyCounted(src, dst, 0, 0);
     // Source plane 3 starts at byte 32; its row 0 from column 1 is bytes
     // 34..37. The destination's plane 2 starts at byte 16, row 1 at 24.
     std::vector<uint8_t> want(32, 0);
@@ -185,33 +197,29 @@ TEST_F(CopyTest, PlaneOrderWithCoiCopiesThatPlane) {
     want[25] = 35;
     want[26] = 36;
     want[27] = 37;
-    EXPECT_EQ(pixelsOf(dst), want);
+    EXPECT_EQ(have, want);
 }
 
 TEST_F(CopyTest, ThirtyTwoBitChannelsWithDifferentSteps) {
     Plain src(4, RMG_DEPTH_32S, RMG_DATA_PIXEL, 8, 1, 3, 8);
     Plain dst(2, RMG_DEPTH_32S, RMG_DATA_PIXEL, 8, 1, 3, 8);
-    countUp(src);
-    std::memset(dst.pixels(), 0, 24);
     src.setRoi(4, 0, 0, 1, 3);
     dst.setRoi(1, 0, 0, 1, 3);
-    rmgCopy(src.image, dst.image, nullptr);
-    EXPECT_EQ(pixelsOf(dst), (std::vector<uint8_t>{12, 13, 14, 15, 0,  0,  0,  0,  28, 29, 30, 31,
-                                                   0,  0,  0,  0,  44, 45, 46, 47, 0,  0,  0,  0}));
+    EXPECT_EQ(copyCounted(src, dst, 0, 0),
+              (std::vector<uint8_t>{12, 13, 14, 15, 0, 0, 0, 0, 28, 29, 30, 31,
+                                    0,  0,  0,  0,  44, 45, 46, 47, 0, 0, 0, 0}));
 }
 
 TEST_F(CopyTest, RegionBeyondTheEdgeCopiesNothing) {
     Plain src(1, RMG_DEPTH_8U, RMG_DATA_PIXEL, 4, 4, 8, 16, 1);
     Plain dst(1, RMG_DEPTH_8U, RMG_DATA_PIXEL, 4, 4, 8, 16, 2);
-    const std::vector<uint8_t> before = dst.block;
     src.setRoi(0, 8, 0, 2, 2);
-    rmgCopy(src.image, dst.image, nullptr);
+    expectCopyLeavesAlone(src, dst);
     src.setRoi(0, 0, 4, 2, 2);
-    rmgCopy(src.image, dst.image, nullptr);
+    expectCopyLeavesAlone(src, dst);
     src.clearRoi();
     dst.setRoi(0, 9, 0, 2, 2);
-    rmgCopy(src.image, dst.image, nullptr);
-    EXPECT_EQ(difference(dst.block, before), "");
+    expectCopyLeavesAlone(src, dst);
     EXPECT_TRUE(rmgtest::reports().empty());
 }
 
@@ -220,24 +228,18 @@ TEST_F(CopyTest, RoiHangingOverTheEdgeIsClippedOnEachSide) {
     // two columns by the smaller size.
     Plain src(1, RMG_DEPTH_8U, RMG_DATA_PIXEL, 4, 2, 8, 8);
     Plain dst(1, RMG_DEPTH_8U, RMG_DATA_PIXEL, 4, 2, 8, 8);
-    countUp(src);
-    std::memset(dst.pixels(), 0, 16);
     src.setRoi(0, 6, 1, 4, 10);
     dst.setRoi(0, 1, 0, 10, 10);
-    rmgCopy(src.image, dst.image, nullptr);
-    EXPECT_EQ(pixelsOf(dst),
+    EXPECT_EQ(copyCounted(src, dst, 0, 0),
               (std::vector<uint8_t>{0, 14, 15, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0}));
 }
 
 TEST_F(CopyTest, ComputedRowStepIsUsedNotWidthStep) {
     Plain src(1, RMG_DEPTH_8U, RMG_DATA_PIXEL, 4, 2, 5, 8);
     Plain dst(1, RMG_DEPTH_8U, RMG_DATA_PIXEL, 4, 2, 5, 8);
-    countUp(src);
-    std::memset(dst.pixels(), 0, 16);
     src.image->widthStep = 5;
     dst.image->widthStep = 99;
-    rmgCopy(src.image, dst.image, nullptr);
-    EXPECT_EQ(pixelsOf(dst),
+    EXPECT_EQ(copyCounted(src, dst, 0, 0),
               (std::vector<uint8_t>{0, 1, 2, 3, 4, 0, 0, 0, 8, 9, 10, 11, 12, 0, 0, 0}));
 }
 
@@ -302,14 +304,7 @@ TEST_F(CopyTest, TiledDestinationAsksEachTileToWriteAndCopiesItsPart) {
     dst.setRoi(0, 4, 3, 9, 12);
     src.setRoi(0, 2, 1, 30, 30);
     rmgCopy(src.image, dst.image, nullptr);
-    EXPECT_EQ(dst.calls, (std::vector<TileCall>{{0, 0, Wr},
-                                                {0, 0, Rel},
-                                                {1, 0, Wr},
-                                                {1, 0, Rel},
-                                                {0, 1, Wr},
-                                                {0, 1, Rel},
-                                                {1, 1, Wr},
-                                                {1, 1, Rel}}));
+    EXPECT_EQ(dst.calls, walkOf(Wr, {{0, 0}, {1, 0}, {0, 1}, {1, 1}}));
     for (const auto &entry : dst.tiles) {
         std::vector<uint8_t> want = dst.freshTile(entry.first.first, entry.first.second);
         for (int y = 0; y < 8; ++y)
@@ -405,14 +400,7 @@ TEST_F(CopyTest, TiledSourceAsksEachTileToReadAndIgnoresTile) {
     const std::vector<uint8_t> dstHeader = headerBytes(dst.image);
     const int tile[2] = {7, 7};
     rmgCopy(src.image, dst.image, tile);
-    EXPECT_EQ(src.calls, (std::vector<TileCall>{{0, 0, Rd},
-                                                {0, 0, Rel},
-                                                {1, 0, Rd},
-                                                {1, 0, Rel},
-                                                {0, 1, Rd},
-                                                {0, 1, Rel},
-                                                {1, 1, Rd},
-                                                {1, 1, Rel}}));
+    EXPECT_EQ(src.calls, walkOf(Rd, {{0, 0}, {1, 0}, {0, 1}, {1, 1}}));
     // The source's region of 10 x 10 at (6, 6) in parts of 2 and 8 into
     // the destination's region from (1, 2), whose own ROI is larger.
     std::vector<uint8_t> want = dst.block;
