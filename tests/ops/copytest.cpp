@@ -27,6 +27,24 @@ void CallLog::watchPair(scetest::Tiled &src, scetest::Tiled &dst) {
     watch(dst, 'D');
 }
 
+std::vector<Call> partOf(bool exchange, int dx, int dy, int sx, int sy) {
+    std::vector<Call> calls = {{'D', dx, dy, RMG_TILE_WRITE},
+                               {'S', sx, sy, RMG_TILE_READ},
+                               {'S', sx, sy, RMG_TILE_RELEASE}};
+    if (exchange) {
+        calls.push_back({'S', sx, sy, RMG_TILE_WRITE});
+        calls.push_back({'S', sx, sy, RMG_TILE_RELEASE});
+    }
+    calls.push_back({'D', dx, dy, RMG_TILE_RELEASE});
+    return calls;
+}
+
+std::vector<Call> joined(std::initializer_list<std::vector<Call>> lists) {
+    std::vector<Call> all;
+    for (const auto &list : lists) all.insert(all.end(), list.begin(), list.end());
+    return all;
+}
+
 void CallLog::callBack(const RmgImage *image, int xIndex, int yIndex, int mode) {
     char name = '?';
     for (const auto &entry : gLog->names_)

@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <initializer_list>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -47,6 +48,25 @@ class CallLog {
   private:
     static void callBack(const RmgImage *image, int xIndex, int yIndex, int mode);
     std::vector<std::pair<const RmgTileInfo *, char>> names_;
+};
+
+// One part of the walk over two tiled images: the destination's tile asked
+// for writing, the source's tile read and released (for an exchange then
+// asked for writing and released again), the destination's tile released.
+std::vector<Call> partOf(bool exchange, int dx, int dy, int sx, int sy);
+// The lists one after the other.
+std::vector<Call> joined(std::initializer_list<std::vector<Call>> lists);
+
+// Two tiled one-channel 8-bit images of one size in tiles of 8 x 8, a
+// source and a destination, whose call-backs go into one log.
+struct TiledPair {
+    TiledPair(int height, int width, uint32_t srcSeed = 7, uint32_t dstSeed = 7)
+        : src(1, RMG_DEPTH_8U, RMG_DATA_PIXEL, 4, height, width, 8, 8, srcSeed),
+          dst(1, RMG_DEPTH_8U, RMG_DATA_PIXEL, 4, height, width, 8, 8, dstSeed) {
+        log.watchPair(src, dst);
+    }
+    scetest::Tiled src, dst;
+    CallLog log;
 };
 
 // The region of an image in memory after clipping, as ownImageRect gives
