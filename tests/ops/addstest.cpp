@@ -476,4 +476,16 @@ const std::vector<int> &extremeValues() {
     return values;
 }
 
+const std::vector<TilePosProbe> &tilePosProbes() {
+    // Regions at (8, 8) and at (16, 16).
+    static const std::vector<TilePosProbe> probes = {
+        {8, 8, 3, 1, "(dTile.begX > dRoi.endX)"},
+        {8, 8, 1, 3, "(dTile.begY > dRoi.endY)"},
+        {8, 8, 3, 3, "(dTile.begX > dRoi.endX)"},
+        {16, 16, 0, 2, "(dTile.endX < dRoi.begX)"},
+        {16, 16, 2, 0, "(dTile.endY < dRoi.begY)"},
+    };
+    return probes;
+}
+
 }  // namespace addstest

@@ -196,6 +196,15 @@ void expectInEveryForm(Kind kind, Image &src, Image &dst, int value,
 // Values at the ends of the depths and of 16 and 32 bits, and near them.
 const std::vector<int> &extremeValues();
 
+// A tilePos outside the destination's region, for a tiled destination of
+// 32 x 32 in tiles of 8 x 8 whose region is 8 x 8 at (x, y): the tile, and
+// the context of the one report the walk raises before it asks for a tile.
+struct TilePosProbe {
+    int x, y, tileX, tileY;
+    const char *text;
+};
+const std::vector<TilePosProbe> &tilePosProbes();
+
 }  // namespace addstest
 
 #endif

@@ -430,19 +430,7 @@ TEST_F(AddSTilesTest, ADestinationTileNotClearedAtTheEndOfARow) {
 TEST_F(AddSTilesTest, ATilePosOutsideTheDestinationRegion) {
     Image src(1, RMG_DEPTH_8U, RMG_DATA_PIXEL, 4, 32, 32, 1);
     Tiled dst(1, RMG_DEPTH_8U, RMG_DATA_PIXEL, 4, 32, 32, 8, 8, 2);
-    struct Probe {
-        int x, y, tileX, tileY;
-        const char *text;
-    };
-    // Regions at (8, 8) and at (16, 16), both 8 x 8.
-    const Probe probes[] = {
-        {8, 8, 3, 1, "(dTile.begX > dRoi.endX)"},
-        {8, 8, 1, 3, "(dTile.begY > dRoi.endY)"},
-        {8, 8, 3, 3, "(dTile.begX > dRoi.endX)"},
-        {16, 16, 0, 2, "(dTile.endX < dRoi.begX)"},
-        {16, 16, 2, 0, "(dTile.endY < dRoi.begY)"},
-    };
-    for (const Probe &p : probes) {
+    for (const addstest::TilePosProbe &p : addstest::tilePosProbes()) {
         rmgtest::reports().clear();
         dst.calls.clear();
         dst.setRoi(0, p.x, p.y, 8, 8);

@@ -422,17 +422,7 @@ TEST_F(AndTilesTest, ATilePosOutsideTheDestinationRegion) {
     Image a(1, RMG_DEPTH_8U, RMG_DATA_PIXEL, 4, 32, 32, 1);
     Image b(1, RMG_DEPTH_8U, RMG_DATA_PIXEL, 4, 32, 32, 2);
     Tiled d(1, RMG_DEPTH_8U, RMG_DATA_PIXEL, 4, 32, 32, 8, 8, 3);
-    struct Probe {
-        int x, y, tileX, tileY;
-        const char *text;
-    };
-    const Probe probes[] = {
-        {8, 8, 3, 1, "(dTile.begX > dRoi.endX)"},
-        {8, 8, 1, 3, "(dTile.begY > dRoi.endY)"},
-        {16, 16, 0, 2, "(dTile.endX < dRoi.begX)"},
-        {16, 16, 2, 0, "(dTile.endY < dRoi.begY)"},
-    };
-    for (const Probe &p : probes) {
+    for (const addstest::TilePosProbe &p : addstest::tilePosProbes()) {
         d.setRoi(0, p.x, p.y, 8, 8);
         const int tilePos[2] = {p.tileX, p.tileY};
         for (int op = 0; op < 2; ++op) {
