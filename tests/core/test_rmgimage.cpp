@@ -142,46 +142,38 @@ TEST(CreateImageHeader, ZeroHeightPassesCreation) {
 }
 
 TEST(CheckNewHeader, EachFieldHasItsBit) {
-    RmgImage r = goodRecord();
-    EXPECT_EQ(rmgCheckNewHeader(&r), 0);
-
-    r = goodRecord();
-    r.nChannels = 0;
-    EXPECT_EQ(rmgCheckNewHeader(&r), 0x001);
-
-    r = goodRecord();
-    r.depth = 32;
-    EXPECT_EQ(rmgCheckNewHeader(&r), 0x004);
-    r.depth = RMG_DEPTH_SIGN | 8u;
-    EXPECT_EQ(rmgCheckNewHeader(&r), 0);
-    r.depth = RMG_DEPTH_SIGN | 1u;
-    EXPECT_EQ(rmgCheckNewHeader(&r), 0x004);
-
-    r = goodRecord();
-    r.alphaChannel = 4;
-    EXPECT_EQ(rmgCheckNewHeader(&r), 0x010);
-    r.alphaChannel = -1;
-    EXPECT_EQ(rmgCheckNewHeader(&r), 0x010);
-
-    r = goodRecord();
-    r.dataOrder = 2;
-    EXPECT_EQ(rmgCheckNewHeader(&r), 0x020);
-    r = goodRecord();
-    r.origin = -1;
-    EXPECT_EQ(rmgCheckNewHeader(&r), 0x040);
-    r = goodRecord();
-    r.align = 2;
-    EXPECT_EQ(rmgCheckNewHeader(&r), 0x080);
-    r = goodRecord();
-    r.height = -1;
-    EXPECT_EQ(rmgCheckNewHeader(&r), 0x100);
-    r = goodRecord();
-    r.width = -7;
-    EXPECT_EQ(rmgCheckNewHeader(&r), 0x200);
-    r = goodRecord();
-    r.width = 0;
-    r.height = 0;
-    EXPECT_EQ(rmgCheckNewHeader(&r), 0);
+    // Each case changes a good record and expects exactly this mask.
+    struct Case {
+        const char *what;
+        void (*change)(RmgImage &);
+        int mask;
+    };
+    const Case cases[] = {
+        {"good", [](RmgImage &) {}, 0},
+        {"nChannels 0", [](RmgImage &r) { r.nChannels = 0; }, 0x001},
+        {"depth 32", [](RmgImage &r) { r.depth = 32; }, 0x004},
+        {"depth 8s", [](RmgImage &r) { r.depth = RMG_DEPTH_SIGN | 8u; }, 0},
+        {"depth signed 1", [](RmgImage &r) { r.depth = RMG_DEPTH_SIGN | 1u; }, 0x004},
+        {"alpha 4", [](RmgImage &r) { r.alphaChannel = 4; }, 0x010},
+        {"alpha -1", [](RmgImage &r) { r.alphaChannel = -1; }, 0x010},
+        {"dataOrder 2", [](RmgImage &r) { r.dataOrder = 2; }, 0x020},
+        {"origin -1", [](RmgImage &r) { r.origin = -1; }, 0x040},
+        {"align 2", [](RmgImage &r) { r.align = 2; }, 0x080},
+        {"height -1", [](RmgImage &r) { r.height = -1; }, 0x100},
+        {"width -7", [](RmgImage &r) { r.width = -7; }, 0x200},
+        {"size 0 x 0",
+         [](RmgImage &r) {
+             r.width = 0;
+             r.height = 0;
+         },
+         0},
+    };
+    for (const Case &c : cases) {
+        SCOPED_TRACE(c.what);
+        RmgImage r = goodRecord();
+        c.change(r);
+        EXPECT_EQ(rmgCheckNewHeader(&r), c.mask);
+    }
 }
 
 TEST(CheckNewHeader, AlphaBitTwoNeedsNegativeChannels) {
