@@ -332,8 +332,7 @@ TEST(AndForms, ScalarChannelTouchesOnlyTheChannel) {
 // ---------------------------------------------------------------------------
 
 TEST(AndWords, SixtyFourBitWordsLeaveASingleWordAlone) {
-    for (int form : rmgtest::runnableForms()) {
-        rmgtest::ForcedForm forced(form);
+    rmgtest::inEveryForm([&](int) {
         Block src(8, 1);
         Block dst(8, 2);
         const std::vector<uint8_t> before = dst.bytes();
@@ -348,15 +347,14 @@ TEST(AndWords, SixtyFourBitWordsLeaveASingleWordAlone) {
                 ASSERT_EQ(d.data[k], s.data[k] & m) << count << " " << k;
             }
         }
-    }
+    });
 }
 
 // A single 32-bit word: the word itself gets its result, the word in front
 // of the buffers is neither read nor written (the blocks are exactly 4
 // bytes, so the address sanitizer would see it).
 TEST(AndWords, ThirtyTwoBitWordsOfCountOneStayInsideTheBuffer) {
-    for (int form : rmgtest::runnableForms()) {
-        rmgtest::ForcedForm forced(form);
+    rmgtest::inEveryForm([&](int) {
         Block src(4, 1);
         Block dst(4, 2);
         rmgAndWords32(src.data, dst.data, 1, 0xF0F0FF00u);
@@ -377,7 +375,7 @@ TEST(AndWords, ThirtyTwoBitWordsOfCountOneStayInsideTheBuffer) {
                 ASSERT_EQ(d.data[k], s.data[k] & static_cast<uint8_t>(0x12345678u >> (8 * (k % 4))))
                     << count << " " << k;
         }
-    }
+    });
 }
 
 // ---------------------------------------------------------------------------
@@ -385,8 +383,7 @@ TEST(AndWords, ThirtyTwoBitWordsOfCountOneStayInsideTheBuffer) {
 // ---------------------------------------------------------------------------
 
 TEST(AndRows, MaskBytesStandByTheDestinationsAddressLanes) {
-    for (int form : rmgtest::runnableForms()) {
-        rmgtest::ForcedForm forced(form);
+    rmgtest::inEveryForm([&](int form) {
         alignas(16) uint8_t src[64];
         alignas(16) uint8_t dst[64];
         std::memset(src, 0xFF, sizeof src);
@@ -399,14 +396,13 @@ TEST(AndRows, MaskBytesStandByTheDestinationsAddressLanes) {
             const auto lane = static_cast<uint8_t>(0x8877665544332211ull >> (8 * (k % 8)));
             EXPECT_EQ(dst[k], inside ? lane : 0x11) << form << " " << k;
         }
-    }
+    });
 }
 
 TEST(AndRows, LongRowsAtAnyPhaseMatchTheLaneFormula) {
     const std::vector<uint8_t> srcBytes = randomBytes(4000, 1);
     const uint64_t mask = 0xFEDCBA9876543210ull;
-    for (int form : rmgtest::runnableForms()) {
-        rmgtest::ForcedForm forced(form);
+    rmgtest::inEveryForm([&](int form) {
         for (int phase = 0; phase < 8; ++phase) {
             std::vector<uint8_t> dst = randomBytes(4000, 2);
             const std::vector<uint8_t> before = dst;
@@ -426,7 +422,7 @@ TEST(AndRows, LongRowsAtAnyPhaseMatchTheLaneFormula) {
                 }
             }
         }
-    }
+    });
 }
 
 // ---------------------------------------------------------------------------
@@ -434,8 +430,7 @@ TEST(AndRows, LongRowsAtAnyPhaseMatchTheLaneFormula) {
 // ---------------------------------------------------------------------------
 
 TEST(AndCoi, OneChannelOfEachImageWithItsOwnChannelCount) {
-    for (int form : rmgtest::runnableForms()) {
-        rmgtest::ForcedForm forced(form);
+    rmgtest::inEveryForm([&](int) {
         // 8 bits: 3-channel source, channel 2; 4-channel destination,
         // channel 0; 2 rows of 40 pixels.
         const std::vector<uint8_t> src = randomBytes(2 * 130, 1);
@@ -475,7 +470,7 @@ TEST(AndCoi, OneChannelOfEachImageWithItsOwnChannelCount) {
                     w32[at] = static_cast<uint8_t>(s32[at] & m[j]);
                 }
         EXPECT_EQ(d32, w32);
-    }
+    });
 }
 
 }  // namespace

@@ -182,8 +182,7 @@ TEST_F(AddSTest, ValueZeroInPlaceChangesNothingAndCopiesOtherwise) {
 }
 
 TEST_F(AddSTest, EightBitAddOfMinus255ClearsAnd255Saturates) {
-    for (int form : rmgtest::runnableForms()) {
-        rmgtest::ForcedForm forced(form);
+    rmgtest::inEveryForm([&](int) {
         Image src(3, RMG_DEPTH_8U, RMG_DATA_PIXEL, 4, 4, 37, 5);
         Image dst(3, RMG_DEPTH_8U, RMG_DATA_PIXEL, 4, 4, 37, 6);
         for (int i = 0; i < src.image->imageSize; ++i) src.data[i] = static_cast<uint8_t>(i);
@@ -191,14 +190,13 @@ TEST_F(AddSTest, EightBitAddOfMinus255ClearsAnd255Saturates) {
         EXPECT_EQ(dst.bytes(), std::vector<uint8_t>(dst.bytes().size(), 0));
         rmgAddS(src.image, dst.image, 255, nullptr);
         EXPECT_EQ(dst.bytes(), std::vector<uint8_t>(dst.bytes().size(), 255));
-    }
+    });
 }
 
 // The 8u runs keep the constant in 16 bits; the one-channel loop of
 // pixel-order images (coi) adds in 32 bits.
 TEST_F(AddSTest, EightBitRunsUseTheLow16BitsAndTheChannelLoopUses32) {
-    for (int form : rmgtest::runnableForms()) {
-        rmgtest::ForcedForm forced(form);
+    rmgtest::inEveryForm([&](int) {
         Image src(3, RMG_DEPTH_8U, RMG_DATA_PIXEL, 4, 2, 40, 5);
         Image dst(3, RMG_DEPTH_8U, RMG_DATA_PIXEL, 4, 2, 40, 6);
         set8u(src, 1);
@@ -222,14 +220,13 @@ TEST_F(AddSTest, EightBitRunsUseTheLow16BitsAndTheChannelLoopUses32) {
         rmgSubtractS(src.image, dst.image, -65533, 1, nullptr);
         for (int i = 0; i < dst.image->imageSize; ++i)
             EXPECT_EQ(dst.data[i], i % 3 == 1 ? 0 : 9) << i;
-    }
+    });
 }
 
 // 16u constants of magnitude above 65535: the exact formula, at every
 // alignment.
 TEST_F(AddSTest, SixteenBitConstantsBeyond65535FollowTheExactFormula) {
-    for (int form : rmgtest::runnableForms()) {
-        rmgtest::ForcedForm forced(form);
+    rmgtest::inEveryForm([&](int) {
         for (int x = 0; x < 20; ++x) {
             Image src(1, RMG_DEPTH_16U, RMG_DATA_PIXEL, 8, 1, 60, 5);
             Image dst(1, RMG_DEPTH_16U, RMG_DATA_PIXEL, 8, 1, 60, 6);
@@ -254,7 +251,7 @@ TEST_F(AddSTest, SixteenBitConstantsBeyond65535FollowTheExactFormula) {
             check(addstest::kAdd, INT_MIN, [](int64_t) { return 0; });
             check(addstest::kSub, INT_MIN, [](int64_t) { return 65535; });
         }
-    }
+    });
 }
 
 #if defined(__linux__)
@@ -262,8 +259,7 @@ TEST_F(AddSTest, SixteenBitConstantsBeyond65535FollowTheExactFormula) {
 // reads nothing: the source's pixels lie on a page that can't be read.
 TEST_F(AddSTest, SixteenBitReversedNegativeStoresZerosWithoutReading) {
     const long page = sysconf(_SC_PAGESIZE);
-    for (int form : rmgtest::runnableForms()) {
-        rmgtest::ForcedForm forced(form);
+    rmgtest::inEveryForm([&](int) {
         Image src(2, RMG_DEPTH_16U, RMG_DATA_PIXEL, 4, 3, 9, 5);
         Image dst(2, RMG_DEPTH_16U, RMG_DATA_PIXEL, 4, 3, 9, 6);
         void *block = mmap(nullptr, static_cast<size_t>(page), PROT_NONE,
@@ -282,13 +278,12 @@ TEST_F(AddSTest, SixteenBitReversedNegativeStoresZerosWithoutReading) {
         EXPECT_EQ(dst.bytes(), want);
         src.image->imageData = own;
         munmap(block, static_cast<size_t>(page));
-    }
+    });
 }
 #endif
 
 TEST_F(AddSTest, ThirtyTwoBitAddOfTheMostNegativeValueHasLimitZero) {
-    for (int form : rmgtest::runnableForms()) {
-        rmgtest::ForcedForm forced(form);
+    rmgtest::inEveryForm([&](int) {
         const std::vector<int32_t> e = {-1, 0, 5, INT_MAX, INT_MIN, -7, 1, 100, 2, 3, 4};
         Image src(1, RMG_DEPTH_32S, RMG_DATA_PIXEL, 4, 1, 11, 1);
         Image dst(1, RMG_DEPTH_32S, RMG_DATA_PIXEL, 4, 1, 11, 2);
@@ -313,7 +308,7 @@ TEST_F(AddSTest, ThirtyTwoBitAddOfTheMostNegativeValueHasLimitZero) {
                                               INT_MIN + 7, INT_MIN, INT_MIN, INT_MIN, INT_MIN,
                                               INT_MIN};
         EXPECT_EQ(have, wantRev);
-    }
+    });
 }
 
 TEST_F(AddSTest, WholeImagesOverwriteTheRowPaddingWithTheSourcePaddingsResult) {

@@ -108,8 +108,7 @@ TEST_F(AndTest, TheEntryForwardsAndAnEarlierFailureDoesNotStopIt) {
 // ---------------------------------------------------------------------------
 
 TEST_F(AndTest, WholeImagesCombineEveryByteOfTheBuffers) {
-    for (int form : rmgtest::runnableForms()) {
-        rmgtest::ForcedForm forced(form);
+    rmgtest::inEveryForm([&](int) {
         for (unsigned int depth :
              {RMG_DEPTH_8U, RMG_DEPTH_8S, RMG_DEPTH_16U, RMG_DEPTH_16S, RMG_DEPTH_32S}) {
             // Rows with padding: 5 pixels of 3 channels.
@@ -119,7 +118,7 @@ TEST_F(AndTest, WholeImagesCombineEveryByteOfTheBuffers) {
             rmgAnd(a.image, b.image, d.image, nullptr);
             EXPECT_EQ(d.bytes(), andOf(a.bytes(), b.bytes())) << depth;
         }
-    }
+    });
 }
 
 TEST_F(AndTest, ThirtyTwoBitWholeImagesWorkInWholeWords) {
@@ -137,8 +136,7 @@ TEST_F(AndTest, ThirtyTwoBitWholeImagesWorkInWholeWords) {
 }
 
 TEST_F(AndTest, SourceAEqualToTheDestinationIsSafe) {
-    for (int form : rmgtest::runnableForms()) {
-        rmgtest::ForcedForm forced(form);
+    rmgtest::inEveryForm([&](int) {
         Image a(2, RMG_DEPTH_16U, RMG_DATA_PIXEL, 4, 9, 61, 1);
         Image b(2, RMG_DEPTH_16U, RMG_DATA_PIXEL, 4, 9, 61, 2);
         const std::vector<uint8_t> aBytes = a.bytes();
@@ -156,7 +154,7 @@ TEST_F(AndTest, SourceAEqualToTheDestinationIsSafe) {
         want = andtest::andModel(a.image, a.bytes(), b.image, bBytes, b.image, bBytes);
         rmgAnd(a.image, b.image, b.image, nullptr);
         EXPECT_EQ(b.bytes(), want);
-    }
+    });
 }
 
 TEST_F(AndTest, CasesOverThreeImages) {
@@ -216,8 +214,7 @@ TEST_F(AndTest, CasesOverThreeImages) {
 }
 
 TEST_F(AndTest, ImagesOfDifferentSizesWorkOnTheSmallestRegion) {
-    for (int form : rmgtest::runnableForms()) {
-        rmgtest::ForcedForm forced(form);
+    rmgtest::inEveryForm([&](int) {
         Image a(1, RMG_DEPTH_8U, RMG_DATA_PIXEL, 4, 5, 70, 1);
         Image b(1, RMG_DEPTH_8U, RMG_DATA_PIXEL, 8, 4, 90, 2);
         Image d(1, RMG_DEPTH_8U, RMG_DATA_PIXEL, 4, 6, 80, 3);
@@ -229,7 +226,7 @@ TEST_F(AndTest, ImagesOfDifferentSizesWorkOnTheSmallestRegion) {
                 want[static_cast<size_t>(y * 80 + x)] =
                     static_cast<uint8_t>(a.data[y * 72 + x] & b.data[y * 96 + x]);
         EXPECT_EQ(d.bytes(), want);
-    }
+    });
 }
 
 // ---------------------------------------------------------------------------
@@ -300,8 +297,7 @@ TEST_F(AndTest, ATiledSourceBBesideUntiledImagesIsNotWalked) {
 // ---------------------------------------------------------------------------
 
 TEST_F(AndTest, ByteKernelsOfAndOrAndXor) {
-    for (int form : rmgtest::runnableForms()) {
-        rmgtest::ForcedForm forced(form);
+    rmgtest::inEveryForm([&](int) {
         std::vector<uint8_t> a(203), b(203);
         for (size_t k = 0; k < a.size(); ++k) {
             a[k] = static_cast<uint8_t>(k * 37);
@@ -326,7 +322,7 @@ TEST_F(AndTest, ByteKernelsOfAndOrAndXor) {
         rmgXorBytes(x.data(), b.data(), x.data(), 203);
         rmgXorBytes(x.data(), b.data(), x.data(), 203);
         EXPECT_EQ(x, a);
-    }
+    });
 }
 
 }  // namespace

@@ -99,8 +99,7 @@ TEST_F(AndSTest, TheMaskIsReplicatedByDepth) {
 }
 
 TEST_F(AndSTest, EightBitValue0x1FFActsAs0xFFAndSixteenBit0x1FFFFAs0xFFFF) {
-    for (int form : rmgtest::runnableForms()) {
-        rmgtest::ForcedForm forced(form);
+    rmgtest::inEveryForm([&](int) {
         Image src(3, RMG_DEPTH_8U, RMG_DATA_PIXEL, 4, 3, 17, 1);
         Image dst(3, RMG_DEPTH_8U, RMG_DATA_PIXEL, 4, 3, 17, 2);
         rmgAndS(src.image, dst.image, 0x1FF, nullptr);
@@ -127,7 +126,7 @@ TEST_F(AndSTest, EightBitValue0x1FFActsAs0xFFAndSixteenBit0x1FFFFAs0xFFFF) {
             for (int x = 1; x < 13; ++x)
                 EXPECT_EQ(d[static_cast<size_t>(y * 16 + x)],
                           s[static_cast<size_t>(y * 16 + x - 1)] & 0x0F0F);
-    }
+    });
 }
 
 TEST_F(AndSTest, SignedAndUnsignedDepthsGiveTheSameBytes) {
@@ -188,8 +187,7 @@ TEST_F(AndSTest, OneBitValue2ClearsTheRegionAndValue3CopiesIt) {
 // ---------------------------------------------------------------------------
 
 TEST_F(AndSTest, AWholeImageOfExactlyEightBytesWithAlign8StaysUnchanged) {
-    for (int form : rmgtest::runnableForms()) {
-        rmgtest::ForcedForm forced(form);
+    rmgtest::inEveryForm([&](int) {
         Image src(1, RMG_DEPTH_8U, RMG_DATA_PIXEL, 8, 1, 5, 1);
         Image dst(1, RMG_DEPTH_8U, RMG_DATA_PIXEL, 8, 1, 5, 2);
         ASSERT_EQ(dst.image->imageSize, 8);
@@ -211,15 +209,14 @@ TEST_F(AndSTest, AWholeImageOfExactlyEightBytesWithAlign8StaysUnchanged) {
         want = s3.bytes();
         for (size_t k = 0; k < want.size(); ++k) want[k] = k % 2 ? 0 : want[k];
         EXPECT_EQ(d3.bytes(), want);
-    }
+    });
 }
 
 // A whole image of one 4-byte word with align 4: the word gets its
 // result and nothing in front of the buffer is touched (the buffer is
 // exactly 4 bytes; the address sanitizer watches it).
 TEST_F(AndSTest, AWholeImageOfOneFourByteWordStaysInsideItsBuffer) {
-    for (int form : rmgtest::runnableForms()) {
-        rmgtest::ForcedForm forced(form);
+    rmgtest::inEveryForm([&](int) {
         Image src(1, RMG_DEPTH_8U, RMG_DATA_PIXEL, 4, 1, 3, 1);
         Image dst(1, RMG_DEPTH_8U, RMG_DATA_PIXEL, 4, 1, 3, 2);
         ASSERT_EQ(dst.image->imageSize, 4);
@@ -234,7 +231,7 @@ TEST_F(AndSTest, AWholeImageOfOneFourByteWordStaysInsideItsBuffer) {
         s32.fillFrom({0xFF, 0xFF, 0xFF, 0xFF});
         rmgAndS(s32.image, d32.image, 0x01020304, nullptr);
         EXPECT_EQ(d32.bytes(), (std::vector<uint8_t>{0x04, 0x03, 0x02, 0x01}));
-    }
+    });
 }
 
 TEST_F(AndSTest, WholeImagesCombineTheRowPadding) {
@@ -267,8 +264,7 @@ TEST_F(AndSTest, WholeImagesCombineTheRowPadding) {
 // ---------------------------------------------------------------------------
 
 TEST_F(AndSTest, PixelOrderCoiUsesTheChannelOfEachImage) {
-    for (int form : rmgtest::runnableForms()) {
-        rmgtest::ForcedForm forced(form);
+    rmgtest::inEveryForm([&](int) {
         Image src(3, RMG_DEPTH_8U, RMG_DATA_PIXEL, 4, 2, 40, 1);
         Image dst(4, RMG_DEPTH_8U, RMG_DATA_PIXEL, 4, 2, 40, 2);
         src.setRoi(2, 0, 0, 2, 40);
@@ -281,7 +277,7 @@ TEST_F(AndSTest, PixelOrderCoiUsesTheChannelOfEachImage) {
                 want[static_cast<size_t>(y * 160 + (1 + i) * 4 + 3)] =
                     static_cast<uint8_t>(src.data[y * 120 + i * 3 + 1] & 0xF3);
         EXPECT_EQ(dst.bytes(), want);
-    }
+    });
 }
 
 // A pixel-order source with a coi beside a one-channel destination without
@@ -421,8 +417,7 @@ TEST_F(AndSTest, RowsBeyondTheBufferAreLeftOut) {
 }
 
 TEST_F(AndSTest, SourceEqualToDestination) {
-    for (int form : rmgtest::runnableForms()) {
-        rmgtest::ForcedForm forced(form);
+    rmgtest::inEveryForm([&](int) {
         Image a(3, RMG_DEPTH_16S, RMG_DATA_PIXEL, 8, 5, 33, 1);
         a.setRoi(2, 3, 1, 3, 27);
         std::vector<uint8_t> bytes = a.bytes();
@@ -430,7 +425,7 @@ TEST_F(AndSTest, SourceEqualToDestination) {
             andtest::andSModel(a.image, bytes, a.image, bytes, 0x0FF0);
         rmgAndS(a.image, a.image, 0x0FF0, nullptr);
         EXPECT_EQ(a.bytes(), want);
-    }
+    });
 }
 
 }  // namespace

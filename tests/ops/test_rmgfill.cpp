@@ -233,8 +233,7 @@ TEST(Fill, LongRunsMatchTheStoreLoop) {
 }
 
 TEST(Fill, CountOfZeroOrBelowStoresNothing) {
-    for (int form : rmgtest::runnableForms()) {
-        rmgtest::ForcedForm forced(form);
+    rmgtest::inEveryForm([&](int form) {
         unsigned char buffer[16];
         std::memset(buffer, 0x77, sizeof buffer);
         for (int count : {0, -1, -300, INT_MIN}) {
@@ -246,12 +245,11 @@ TEST(Fill, CountOfZeroOrBelowStoresNothing) {
             rmgFillStrided32(3, buffer + 4, count, 12);
         }
         for (unsigned char b : buffer) EXPECT_EQ(b, 0x77) << rmg::cpuFormName(form);
-    }
+    });
 }
 
 TEST(Fill, ValuesAreStoredInTheElementsByteOrder) {
-    for (int form : rmgtest::runnableForms()) {
-        rmgtest::ForcedForm forced(form);
+    rmgtest::inEveryForm([&](int form) {
         uint16_t words[37];
         uint32_t longs[37];
         rmgFill16(0xBEEF, words, 37);
@@ -263,7 +261,7 @@ TEST(Fill, ValuesAreStoredInTheElementsByteOrder) {
         rmgFillStrided8(200, pixels + 1, 100, 3);
         for (int i = 0; i < 300; ++i)
             EXPECT_EQ(pixels[i], i % 3 == 1 ? 200 : 0) << rmg::cpuFormName(form) << " byte " << i;
-    }
+    });
 }
 
 }  // namespace
