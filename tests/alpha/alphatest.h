@@ -43,7 +43,12 @@ public:
     }
     void clearRoi() { image->roi = nullptr; }
     std::vector<uint8_t> bytes() const { return pixels_; }
-    void setBytes(const std::vector<uint8_t> &from) { pixels_ = from; image->imageData = pixels_.data(); }
+    // A new block of exactly from.size() bytes (a plain assignment would
+    // keep the old capacity, which the address sanitizer doesn't guard).
+    void setBytes(const std::vector<uint8_t> &from) {
+        pixels_ = std::vector<uint8_t>(from.begin(), from.end());
+        image->imageData = pixels_.data();
+    }
     void randomize(std::mt19937 &rng) {
         for (uint8_t &b : pixels_) b = static_cast<uint8_t>(rng());
     }
