@@ -204,20 +204,33 @@ protected:
         tiled.tileInfo = &tiles;
     }
 
-    // Runs the block with the header mask given and `name`, and checks the
-    // one report it raises: RMG_StsBadArg, the function's name, `text`,
-    // module "rmgalpha".
-    void expectFault(const RmgImage *image, int mask, const char *name, const std::string &text) {
-        rmgtest::reports().clear();
-        rmgSetErrStatus(RMG_StsOk);
-        EXPECT_FALSE(ownCheckImageBlockMask(image, mask, name, "rmgAlphaComposite"));
+    // The one report of a fault: RMG_StsBadArg, `funcName`, `text`, module
+    // "rmgalpha", and the status set.
+    static void expectReport(const char *funcName, const std::string &text) {
         EXPECT_EQ(rmgGetErrStatus(), RMG_StsBadArg);
         ASSERT_EQ(rmgtest::reports().size(), 1u);
         const rmgtest::Report &r = rmgtest::reports()[0];
         EXPECT_EQ(r.status, RMG_StsBadArg);
-        EXPECT_EQ(r.funcName, "rmgAlphaComposite");
+        EXPECT_EQ(r.funcName, funcName);
         EXPECT_EQ(r.context, text);
         EXPECT_EQ(r.fileName, "rmgalpha");
+    }
+
+    static void clearReports() {
+        rmgtest::reports().clear();
+        rmgSetErrStatus(RMG_StsOk);
+    }
+
+    // The block with the header mask given, and with the header test itself.
+    void expectFault(const RmgImage *image, int mask, const char *name, const std::string &text) {
+        clearReports();
+        EXPECT_FALSE(ownCheckImageBlockMask(image, mask, name, "rmgAlphaComposite"));
+        expectReport("rmgAlphaComposite", text);
+    }
+    void expectHeaderFault(const RmgImage *image, const char *name, const std::string &text) {
+        clearReports();
+        EXPECT_FALSE(ownCheckImageBlock(image, name, "rmgAlphaCompositeC"));
+        expectReport("rmgAlphaCompositeC", text);
     }
 
     // The step's text for "dstImage" and, with the name put in, for
@@ -243,11 +256,7 @@ TEST_F(AlphaBlockTest, AGoodImagePassesSilently) {
 
 TEST_F(AlphaBlockTest, Step01NullImage) {
     expectStep(nullptr, "dstImage==0", "alphaImageB==0");
-    rmgtest::reports().clear();
-    EXPECT_FALSE(ownCheckImageBlock(nullptr, "srcImageB", "rmgAlphaCompositeC"));
-    ASSERT_EQ(rmgtest::reports().size(), 1u);
-    EXPECT_EQ(rmgtest::reports()[0].context, "srcImageB==0");
-    EXPECT_EQ(rmgtest::reports()[0].funcName, "rmgAlphaCompositeC");
+    expectHeaderFault(nullptr, "srcImageB", "srcImageB==0");
 }
 
 TEST_F(AlphaBlockTest, Step02BadHeader) {
@@ -256,16 +265,10 @@ TEST_F(AlphaBlockTest, Step02BadHeader) {
     // Through the header test itself: a bad align, and every fault that
     // the header test covers too is reported as this step.
     img.image->align = 16;
-    rmgtest::reports().clear();
-    EXPECT_FALSE(ownCheckImageBlock(img.image, "alphaImageDst", "rmgAlphaComposite"));
-    ASSERT_EQ(rmgtest::reports().size(), 1u);
-    EXPECT_EQ(rmgtest::reports()[0].context, "rmgBadImageHeader(alphaImageDst) != 0");
+    expectHeaderFault(img.image, "alphaImageDst", "rmgBadImageHeader(alphaImageDst) != 0");
     img.image->align = 4;
     img.image->width = 0;
-    rmgtest::reports().clear();
-    EXPECT_FALSE(ownCheckImageBlock(img.image, "dstImage", "rmgAlphaComposite"));
-    ASSERT_EQ(rmgtest::reports().size(), 1u);
-    EXPECT_EQ(rmgtest::reports()[0].context, "rmgBadImageHeader(dstImage) != 0");
+    expectHeaderFault(img.image, "dstImage", "rmgBadImageHeader(dstImage) != 0");
 }
 
 TEST_F(AlphaBlockTest, Step03Width) {
@@ -310,21 +313,14 @@ TEST_F(AlphaBlockTest, Step10RoiXOffsetBeyondWidth) {
     expectStep(img.image, "dstImage->roi->xOffset >= dstImage->width",
                "alphaImageB->roi->xOffset >= alphaImageB->width");
     // The header test lets this one pass, so the block finds it itself.
-    rmgtest::reports().clear();
-    EXPECT_FALSE(ownCheckImageBlock(img.image, "srcImageA", "rmgAlphaCompositeC"));
-    ASSERT_EQ(rmgtest::reports().size(), 1u);
-    EXPECT_EQ(rmgtest::reports()[0].context, "srcImageA->roi->xOffset >= srcImageA->width");
-    EXPECT_EQ(rmgtest::reports()[0].fileName, "rmgalpha");
+    expectHeaderFault(img.image, "srcImageA", "srcImageA->roi->xOffset >= srcImageA->width");
 }
 
 TEST_F(AlphaBlockTest, Step11RoiYOffsetBeyondHeight) {
     img.roi.yOffset = 6;
     expectStep(img.image, "dstImage->roi->yOffset >= dstImage->height",
                "alphaImageB->roi->yOffset >= alphaImageB->height");
-    rmgtest::reports().clear();
-    EXPECT_FALSE(ownCheckImageBlock(img.image, "srcImageB", "rmgAlphaCompositeC"));
-    ASSERT_EQ(rmgtest::reports().size(), 1u);
-    EXPECT_EQ(rmgtest::reports()[0].context, "srcImageB->roi->yOffset >= srcImageB->height");
+    expectHeaderFault(img.image, "srcImageB", "srcImageB->roi->yOffset >= srcImageB->height");
 }
 
 TEST_F(AlphaBlockTest, Step12Coi) {
@@ -377,18 +373,12 @@ protected:
     AlphaCoiTest() : src(3, 0, RMG_DEPTH_8U, RMG_DATA_PIXEL, 4, 6, 8) {}
 
     void expectRule(const std::string &text) {
-        rmgtest::reports().clear();
+        clearReports();
         EXPECT_FALSE(ownCheckCoiRule(src.image, "srcImageB", img.image, "rmgAlphaCompositeC"));
-        EXPECT_EQ(rmgGetErrStatus(), RMG_StsBadArg);
-        ASSERT_EQ(rmgtest::reports().size(), 1u);
-        const rmgtest::Report &r = rmgtest::reports()[0];
-        EXPECT_EQ(r.status, RMG_StsBadArg);
-        EXPECT_EQ(r.funcName, "rmgAlphaCompositeC");
-        EXPECT_EQ(r.context, text);
-        EXPECT_EQ(r.fileName, "rmgalpha");
+        expectReport("rmgAlphaCompositeC", text);
     }
     void expectPass() {
-        rmgtest::reports().clear();
+        clearReports();
         EXPECT_TRUE(ownCheckCoiRule(src.image, "srcImageB", img.image, "rmgAlphaCompositeC"));
         EXPECT_TRUE(rmgtest::reports().empty());
     }

@@ -4,6 +4,8 @@
 // limits of a buffer.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -27,6 +29,22 @@ int maxOf(unsigned int depth) { return depth == RMG_DEPTH_8U ? 255 : 65535; }
 // One row of `values` in channel ch of a one-row image.
 void putRow(Image &img, int ch, const std::vector<int> &values) {
     for (size_t x = 0; x < values.size(); ++x) put(img, static_cast<int>(x), 0, ch, values[x]);
+}
+
+// srcImageA, srcImageB and dstImage of one layout, one channel each.
+struct Three {
+    Three(unsigned int depth, int align, int height, int width)
+        : a(1, 0, depth, RMG_DATA_PIXEL, align, height, width),
+          b(1, 0, depth, RMG_DATA_PIXEL, align, height, width),
+          d(1, 0, depth, RMG_DATA_PIXEL, align, height, width) {}
+    Image a, b, d;
+};
+
+// `size` bytes of 0xEE whose first `count` are `value`.
+Bytes startingWith(size_t size, size_t count, uint8_t value) {
+    Bytes b(size, 0xEE);
+    std::fill(b.begin(), b.begin() + static_cast<ptrdiff_t>(count), value);
+    return b;
 }
 
 std::vector<int> rowOf(const Image &img, int ch) {
@@ -80,14 +98,12 @@ TEST(AlphaKernels, EightBitIntegerOperators) {
 
 TEST(AlphaKernels, PremultipliedSourceThatIsNotSaturates) {
     // 200 + 200 - mul(200, 10) = 393, limited to 255.
-    Image a(1, 0, RMG_DEPTH_8U, RMG_DATA_PIXEL, 4, 1, 1);
-    Image b(1, 0, RMG_DEPTH_8U, RMG_DATA_PIXEL, 4, 1, 1);
-    Image d(1, 0, RMG_DEPTH_8U, RMG_DATA_PIXEL, 4, 1, 1);
-    put(a, 0, 0, 0, 200);
-    put(b, 0, 0, 0, 200);
-    ownCompositeConst[kOwnDepth8u][kOver][kOwnIntegerKernel](a.image, b.image, d.image, 10, 0, 1,
-                                                              0, 1, 1);
-    EXPECT_EQ(d.bytes(), (Bytes{255, 0xEE, 0xEE, 0xEE}));
+    Three t(RMG_DEPTH_8U, 4, 1, 1);
+    put(t.a, 0, 0, 0, 200);
+    put(t.b, 0, 0, 0, 200);
+    ownCompositeConst[kOwnDepth8u][kOver][kOwnIntegerKernel](t.a.image, t.b.image, t.d.image, 10,
+                                                              0, 1, 0, 1, 1);
+    EXPECT_EQ(t.d.bytes(), startingWith(4, 1, 255));
 }
 
 TEST(AlphaKernels, OverWithOpaqueAndTransparentA) {
@@ -155,27 +171,23 @@ INSTANTIATE_TEST_SUITE_P(DepthsAndArithmetics, AlphaComplementTest,
 
 TEST(AlphaKernels, DivisionOfATransparentResultKeepsTheSum) {
     for (unsigned int depth : {RMG_DEPTH_8U, RMG_DEPTH_16U}) {
-        Image a(1, 0, depth, RMG_DATA_PIXEL, 4, 1, 2);
-        Image b(1, 0, depth, RMG_DATA_PIXEL, 4, 1, 2);
-        Image d(1, 0, depth, RMG_DATA_PIXEL, 4, 1, 2);
-        putRow(a, 0, {200, maxOf(depth)});
-        putRow(b, 0, {100, maxOf(depth)});
-        ownCompositeConst[depthIndex(depth)][kOver][kOwnFloatKernel](a.image, b.image, d.image, 0,
-                                                                      0, 0, 1, 1, 2);
-        EXPECT_EQ(rowOf(d, 0), (std::vector<int>{0, 0})) << depth;
+        Three t(depth, 4, 1, 2);
+        putRow(t.a, 0, {200, maxOf(depth)});
+        putRow(t.b, 0, {100, maxOf(depth)});
+        ownCompositeConst[depthIndex(depth)][kOver][kOwnFloatKernel](t.a.image, t.b.image,
+                                                                      t.d.image, 0, 0, 0, 1, 1, 2);
+        EXPECT_EQ(rowOf(t.d, 0), (std::vector<int>{0, 0})) << depth;
     }
 }
 
 TEST(AlphaKernels, DivisionCancelsBothAlphasOfIn) {
-    Image a(1, 0, RMG_DEPTH_8U, RMG_DATA_PIXEL, 4, 1, 256);
-    Image b(1, 0, RMG_DEPTH_8U, RMG_DATA_PIXEL, 4, 1, 256);
-    Image d(1, 0, RMG_DEPTH_8U, RMG_DATA_PIXEL, 4, 1, 256);
+    Three t(RMG_DEPTH_8U, 4, 1, 256);
     std::vector<int> all(256);
     for (int i = 0; i < 256; ++i) all[static_cast<size_t>(i)] = i;
-    putRow(a, 0, all);
-    ownCompositeConst[kOwnDepth8u][kIn][kOwnFloatKernel](a.image, b.image, d.image, 128, 128, 0, 1,
-                                                          1, 256);
-    EXPECT_EQ(rowOf(d, 0), all);
+    putRow(t.a, 0, all);
+    ownCompositeConst[kOwnDepth8u][kIn][kOwnFloatKernel](t.a.image, t.b.image, t.d.image, 128, 128,
+                                                          0, 1, 1, 256);
+    EXPECT_EQ(rowOf(t.d, 0), all);
 }
 
 TEST(AlphaKernels, OpaqueAAtEightBitsVanishesInTheRounding) {
@@ -285,45 +297,35 @@ TEST(AlphaKernels, SourceCoiUnderDestinationWithoutCoiIsIgnored) {
 TEST(AlphaKernels, RowsBeyondImageSizeAreLeftOut) {
     // The destination says 4 rows of 8 bytes but has 2.5 of them: the rows
     // that don't fit whole are left out, and nothing outside is touched.
-    Image a(1, 0, RMG_DEPTH_8U, RMG_DATA_PIXEL, 8, 4, 8);
-    Image b(1, 0, RMG_DEPTH_8U, RMG_DATA_PIXEL, 8, 4, 8);
-    Image d(1, 0, RMG_DEPTH_8U, RMG_DATA_PIXEL, 8, 4, 8);
-    d.setBytes(Bytes(20, 0xEE));
-    d.image->imageSize = 20;
-    ownCompositeConst[kOwnDepth8u][kPlus][kOwnIntegerKernel](a.image, b.image, d.image, 0, 0, 1,
-                                                              0, 4, 8);
-    Bytes expected(20, 0xEE);
-    for (int i = 0; i < 16; ++i) expected[static_cast<size_t>(i)] = 255;
-    EXPECT_EQ(d.bytes(), expected);
+    Three t(RMG_DEPTH_8U, 8, 4, 8);
+    t.d.setBytes(Bytes(20, 0xEE));
+    t.d.image->imageSize = 20;
+    ownCompositeConst[kOwnDepth8u][kPlus][kOwnIntegerKernel](t.a.image, t.b.image, t.d.image, 0,
+                                                              0, 1, 0, 4, 8);
+    EXPECT_EQ(t.d.bytes(), startingWith(20, 16, 255));
 }
 
 TEST(AlphaKernels, AlphaImageShorterThanItsSizeStopsTheRows) {
     // 16 bits: the alpha image of A holds 3 whole rows of 2 pixels and one
     // byte more; a region from row 1 keeps 2 rows.
-    Image a(1, 0, RMG_DEPTH_16U, RMG_DATA_PIXEL, 4, 4, 2);
-    Image b(1, 0, RMG_DEPTH_16U, RMG_DATA_PIXEL, 4, 4, 2);
-    Image d(1, 0, RMG_DEPTH_16U, RMG_DATA_PIXEL, 4, 4, 2);
+    Three t(RMG_DEPTH_16U, 4, 4, 2);
     Image alphaA(1, 0, RMG_DEPTH_16U, RMG_DATA_PIXEL, 4, 4, 2);
     alphaA.setBytes(Bytes(13, 0xFF));
     alphaA.image->imageSize = 13;
     alphaA.setRoi(0, 0, 1, 3, 2);
-    ownCompositeImage[kOwnDepth16u][kPlus][kOwnIntegerKernel](a.image, b.image, d.image,
+    ownCompositeImage[kOwnDepth16u][kPlus][kOwnIntegerKernel](t.a.image, t.b.image, t.d.image,
                                                                alphaA.image, nullptr, nullptr, 1,
                                                                0, 3, 2);
-    Bytes expected(16, 0xEE);
-    for (int i = 0; i < 8; ++i) expected[static_cast<size_t>(i)] = 0xFF;
-    EXPECT_EQ(d.bytes(), expected);
+    EXPECT_EQ(t.d.bytes(), startingWith(16, 8, 0xFF));
 }
 
 TEST(AlphaKernels, RegionStartingOutsideTheBufferHasNoRows) {
     // A source whose alphaChannel is 0 read as its own alpha: channel 0
     // stands in front of the buffer.
-    Image a(1, 0, RMG_DEPTH_8U, RMG_DATA_PIXEL, 4, 2, 2);
-    Image b(1, 0, RMG_DEPTH_8U, RMG_DATA_PIXEL, 4, 2, 2);
-    Image d(1, 0, RMG_DEPTH_8U, RMG_DATA_PIXEL, 4, 2, 2);
-    ownCompositeConst[kOwnDepth8u][kOver][kOwnFloatKernel](a.image, b.image, d.image, -1, 5, 0, 1,
-                                                            2, 2);
-    EXPECT_EQ(d.bytes(), Bytes(8, 0xEE));
+    Three t(RMG_DEPTH_8U, 4, 2, 2);
+    ownCompositeConst[kOwnDepth8u][kOver][kOwnFloatKernel](t.a.image, t.b.image, t.d.image, -1, 5,
+                                                            0, 1, 2, 2);
+    EXPECT_EQ(t.d.bytes(), Bytes(8, 0xEE));
 }
 
 }  // namespace
