@@ -3,7 +3,6 @@
 // all 48; the depth (sample, M, scaled product, k, eps), the operator and
 // the arithmetic are template arguments, and each operator's formula is
 // written once per arithmetic.
-#include <cstddef>
 #include <cstdint>
 #include <cstring>
 
@@ -22,7 +21,7 @@ namespace {
 // are double-precision values (0x3EF0001000100010, 0x3DE0002000300040).
 struct Depth8u {
     static constexpr int M = 255;
-    static constexpr ptrdiff_t kBytes = 1;
+    static constexpr int64_t kBytes = 1;
     static constexpr double k = static_cast<double>(0x1.010102p-8f);
     static constexpr double eps = static_cast<double>(0x1.020306p-17f);
     static int mul(int x, int y) {
@@ -35,7 +34,7 @@ struct Depth8u {
 // 16-bit samples are little-endian words at any alignment.
 struct Depth16u {
     static constexpr int M = 65535;
-    static constexpr ptrdiff_t kBytes = 2;
+    static constexpr int64_t kBytes = 2;
     static constexpr double k = 0x1.0001000100010p-16;
     static constexpr double eps = 0x1.0002000300040p-33;
     static int mul(int x, int y) {
@@ -139,6 +138,7 @@ struct Float {
     template <class D, class Op>
     static void pixel(int A, int B, int a, int b, bool premul, bool divide, bool wantAlpha,
                       int *colour, int *alpha) {
+        // For a constant alpha these are the same products in every pixel.
         const double ak = static_cast<double>(a) * D::k;
         const double bk = static_cast<double>(b) * D::k;
         const double cA = premul ? static_cast<double>(A) : static_cast<double>(A) * ak;
@@ -162,12 +162,13 @@ struct Float {
 
 // A cursor in bytes: where the first sample of the region is, and the steps
 // between rows, channels and pixels. `data` null: the stream isn't used.
+// 64-bit, so that no header value overflows them on a 32-bit system either.
 struct Stream {
     unsigned char *data = nullptr;
-    ptrdiff_t start = 0;
-    ptrdiff_t row = 0;
-    ptrdiff_t channel = 0;
-    ptrdiff_t pixel = 0;
+    int64_t start = 0;
+    int64_t row = 0;
+    int64_t channel = 0;
+    int64_t pixel = 0;
 };
 
 // Where a kernel's samples come from and go to. An alpha from a constant
@@ -196,10 +197,10 @@ Stream streamOf(const RmgImage *image, int channel) {
     const ownChannelCursor c = cursorOf(image, channel);
     Stream s;
     s.data = c.data;
-    s.start = c.offset * D::kBytes;
-    s.row = c.rowStep * D::kBytes;
-    s.channel = c.channelStep * D::kBytes;
-    s.pixel = c.pixelStep * D::kBytes;
+    s.start = int64_t{c.offset} * D::kBytes;
+    s.row = int64_t{c.rowStep} * D::kBytes;
+    s.channel = int64_t{c.channelStep} * D::kBytes;
+    s.pixel = int64_t{c.pixelStep} * D::kBytes;
     return s;
 }
 
@@ -213,7 +214,7 @@ int alphaChannelOf(const RmgImage *image) {
 // or fewer when the later rows would leave the buffer (none when the first
 // one does). Worked in 64 bits, so no header value can wrap it.
 int rowsInside(const Stream &s, int size, int firstChannel, int lastChannel, int columns,
-               int rows, ptrdiff_t sampleBytes) {
+               int rows, int64_t sampleBytes) {
     if (s.data == nullptr || size <= 0) return 0;
     const int64_t channelSpan = static_cast<int64_t>(lastChannel - firstChannel) * s.channel;
     const int64_t pixelSpan = static_cast<int64_t>(columns - 1) * s.pixel;
@@ -224,7 +225,7 @@ int rowsInside(const Stream &s, int size, int firstChannel, int lastChannel, int
     if (lo < 0 || hi > last) return 0;
     int64_t fit = rows;
     if (s.row > 0) fit = (last - hi) / s.row + 1;
-    if (s.row < 0) fit = lo / -static_cast<int64_t>(s.row) + 1;
+    if (s.row < 0) fit = lo / -s.row + 1;
     return fit < rows ? static_cast<int>(fit) : rows;
 }
 
@@ -267,14 +268,16 @@ void run(const Frame &f, const RmgImage *srcImageA, const RmgImage *srcImageB,
     const unsigned char *pb = f.alphaB.data;
     unsigned char *pd = f.alphaDst.data;
 
-    ptrdiff_t rowA = f.A.start, rowB = f.B.start, rowD = f.dst.start;
-    ptrdiff_t rowa = f.alphaA.start, rowb = f.alphaB.start, rowd = f.alphaDst.start;
+    // Indices are integers until a sample is reached: the steps past the
+    // last row or channel never form a pointer.
+    int64_t rowA = f.A.start, rowB = f.B.start, rowD = f.dst.start;
+    int64_t rowa = f.alphaA.start, rowb = f.alphaB.start, rowd = f.alphaDst.start;
     for (int r = 0; r < rows; ++r) {
-        ptrdiff_t chA = rowA, chB = rowB, chD = rowD;
+        int64_t chA = rowA, chB = rowB, chD = rowD;
         for (int c = 0; c < f.nChannels; ++c) {
             if (c != f.skip) {
                 const bool wantAlpha = c == 0 && writesAlpha;
-                ptrdiff_t iA = chA, iB = chB, iD = chD, ia = rowa, ib = rowb, id = rowd;
+                int64_t iA = chA, iB = chB, iD = chD, ia = rowa, ib = rowb, id = rowd;
                 for (int x = 0; x < columns; ++x) {
                     const int a = pa != nullptr ? D::load(pa + ia) : f.constA;
                     const int b = f.complementB ? D::M - a : pb != nullptr ? D::load(pb + ib) : f.constB;
