@@ -44,6 +44,29 @@ struct ownChannelCursor {
 void ownSetChannelCursor(const RmgImage *image, const RmgROI *roi, int channel,
                          ownChannelCursor *cursor);
 
+// A channel's samples in bytes: where the first sample of the region is,
+// and the steps between rows, channels and pixels. `data` null: the stream
+// isn't used. 64-bit, so that no header value overflows them on a 32-bit
+// system either.
+struct OwnSampleStream {
+    unsigned char *data = nullptr;
+    int64_t start = 0;
+    int64_t row = 0;
+    int64_t channel = 0;
+    int64_t pixel = 0;
+};
+
+// The stream of the 1-based `channel` of `image` at the offsets of its own
+// ROI, for samples of `sampleBytes` bytes.
+OwnSampleStream ownSampleStream(const RmgImage *image, int channel, int64_t sampleBytes);
+
+// Rows of a stream that lie inside `size` bytes when its first row touches
+// the channels firstChannel..lastChannel and `columns` pixels: all `rows`,
+// or fewer when the later rows would leave the buffer (none when the first
+// one does). Worked in 64 bits, so no header value can wrap it.
+int ownRowsInside(const OwnSampleStream &s, int size, int firstChannel, int lastChannel,
+                  int columns, int rows, int64_t sampleBytes);
+
 // Narrows the common extent of an operation by one image: its height and
 // width, or with a ROI what of the ROI lies inside the image from the ROI's
 // offset. An operation starts with both at 99999.

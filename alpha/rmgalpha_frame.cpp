@@ -182,3 +182,31 @@ int ownRoundSample(double v, int maxValue) {
     const auto low = static_cast<int>(bits & 0x7FFFFFu);
     return low > maxValue ? maxValue : low;
 }
+
+OwnSampleStream ownSampleStream(const RmgImage *image, int channel, int64_t sampleBytes) {
+    ownChannelCursor c;
+    ownSetChannelCursor(image, image->roi, channel, &c);
+    OwnSampleStream s;
+    s.data = c.data;
+    s.start = int64_t{c.offset} * sampleBytes;
+    s.row = int64_t{c.rowStep} * sampleBytes;
+    s.channel = int64_t{c.channelStep} * sampleBytes;
+    s.pixel = int64_t{c.pixelStep} * sampleBytes;
+    return s;
+}
+
+int ownRowsInside(const OwnSampleStream &s, int size, int firstChannel, int lastChannel,
+                  int columns, int rows, int64_t sampleBytes) {
+    if (s.data == nullptr || size <= 0) return 0;
+    const int64_t channelSpan = static_cast<int64_t>(lastChannel - firstChannel) * s.channel;
+    const int64_t pixelSpan = static_cast<int64_t>(columns - 1) * s.pixel;
+    const int64_t first = s.start + static_cast<int64_t>(firstChannel) * s.channel;
+    const int64_t lo = first + (channelSpan < 0 ? channelSpan : 0) + (pixelSpan < 0 ? pixelSpan : 0);
+    const int64_t hi = first + (channelSpan > 0 ? channelSpan : 0) + (pixelSpan > 0 ? pixelSpan : 0);
+    const int64_t last = static_cast<int64_t>(size) - sampleBytes;
+    if (lo < 0 || hi > last) return 0;
+    int64_t fit = rows;
+    if (s.row > 0) fit = (last - hi) / s.row + 1;
+    if (s.row < 0) fit = lo / -s.row + 1;
+    return fit < rows ? static_cast<int>(fit) : rows;
+}

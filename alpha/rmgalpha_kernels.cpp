@@ -160,16 +160,7 @@ struct Float {
 // The frame
 // ---------------------------------------------------------------------------
 
-// A cursor in bytes: where the first sample of the region is, and the steps
-// between rows, channels and pixels. `data` null: the stream isn't used.
-// 64-bit, so that no header value overflows them on a 32-bit system either.
-struct Stream {
-    unsigned char *data = nullptr;
-    int64_t start = 0;
-    int64_t row = 0;
-    int64_t channel = 0;
-    int64_t pixel = 0;
-};
+using Stream = OwnSampleStream;
 
 // Where a kernel's samples come from and go to. An alpha from a constant
 // has no stream; `complementB` takes b as M - a.
@@ -185,48 +176,14 @@ struct Frame {
     int skip = -1;      // the destination's alpha channel, 0-based, or -1
 };
 
-// The cursor of `channel` (1-based) of `image` at the offsets of its own ROI.
-ownChannelCursor cursorOf(const RmgImage *image, int channel) {
-    ownChannelCursor cursor;
-    ownSetChannelCursor(image, image->roi, channel, &cursor);
-    return cursor;
-}
-
 template <class D>
 Stream streamOf(const RmgImage *image, int channel) {
-    const ownChannelCursor c = cursorOf(image, channel);
-    Stream s;
-    s.data = c.data;
-    s.start = int64_t{c.offset} * D::kBytes;
-    s.row = int64_t{c.rowStep} * D::kBytes;
-    s.channel = int64_t{c.channelStep} * D::kBytes;
-    s.pixel = int64_t{c.pixelStep} * D::kBytes;
-    return s;
+    return ownSampleStream(image, channel, D::kBytes);
 }
 
 // Channel of an alpha image: its alphaChannel, or 1 when that is 0.
 int alphaChannelOf(const RmgImage *image) {
     return image->alphaChannel != 0 ? image->alphaChannel : 1;
-}
-
-// Rows of a stream that lie inside `size` bytes when its first row touches
-// the channels firstChannel..lastChannel and `columns` pixels: all `rows`,
-// or fewer when the later rows would leave the buffer (none when the first
-// one does). Worked in 64 bits, so no header value can wrap it.
-int rowsInside(const Stream &s, int size, int firstChannel, int lastChannel, int columns,
-               int rows, int64_t sampleBytes) {
-    if (s.data == nullptr || size <= 0) return 0;
-    const int64_t channelSpan = static_cast<int64_t>(lastChannel - firstChannel) * s.channel;
-    const int64_t pixelSpan = static_cast<int64_t>(columns - 1) * s.pixel;
-    const int64_t first = s.start + static_cast<int64_t>(firstChannel) * s.channel;
-    const int64_t lo = first + (channelSpan < 0 ? channelSpan : 0) + (pixelSpan < 0 ? pixelSpan : 0);
-    const int64_t hi = first + (channelSpan > 0 ? channelSpan : 0) + (pixelSpan > 0 ? pixelSpan : 0);
-    const int64_t last = static_cast<int64_t>(size) - sampleBytes;
-    if (lo < 0 || hi > last) return 0;
-    int64_t fit = rows;
-    if (s.row > 0) fit = (last - hi) / s.row + 1;
-    if (s.row < 0) fit = lo / -s.row + 1;
-    return fit < rows ? static_cast<int>(fit) : rows;
 }
 
 int minOf(int a, int b) { return a < b ? a : b; }
@@ -246,20 +203,20 @@ void run(const Frame &f, const RmgImage *srcImageA, const RmgImage *srcImageB,
     if (firstChannel > lastChannel) return;
     const bool writesAlpha = f.alphaDst.data != nullptr && firstChannel == 0;
 
-    rows = minOf(rows, rowsInside(f.A, srcImageA->imageSize, firstChannel, lastChannel, columns,
+    rows = minOf(rows, ownRowsInside(f.A, srcImageA->imageSize, firstChannel, lastChannel, columns,
                                   rows, D::kBytes));
     if (Op::kReadsB)
-        rows = minOf(rows, rowsInside(f.B, srcImageB->imageSize, firstChannel, lastChannel,
+        rows = minOf(rows, ownRowsInside(f.B, srcImageB->imageSize, firstChannel, lastChannel,
                                       columns, rows, D::kBytes));
-    rows = minOf(rows, rowsInside(f.dst, dstImage->imageSize, firstChannel, lastChannel, columns,
+    rows = minOf(rows, ownRowsInside(f.dst, dstImage->imageSize, firstChannel, lastChannel, columns,
                                   rows, D::kBytes));
     if (alphaA != nullptr)
-        rows = minOf(rows, rowsInside(f.alphaA, alphaA->imageSize, 0, 0, columns, rows, D::kBytes));
+        rows = minOf(rows, ownRowsInside(f.alphaA, alphaA->imageSize, 0, 0, columns, rows, D::kBytes));
     if (alphaB != nullptr)
-        rows = minOf(rows, rowsInside(f.alphaB, alphaB->imageSize, 0, 0, columns, rows, D::kBytes));
+        rows = minOf(rows, ownRowsInside(f.alphaB, alphaB->imageSize, 0, 0, columns, rows, D::kBytes));
     if (writesAlpha)
         rows = minOf(rows,
-                     rowsInside(f.alphaDst, alphaDst->imageSize, 0, 0, columns, rows, D::kBytes));
+                     ownRowsInside(f.alphaDst, alphaDst->imageSize, 0, 0, columns, rows, D::kBytes));
 
     const unsigned char *pA = f.A.data;
     const unsigned char *pB = f.B.data;
