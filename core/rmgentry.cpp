@@ -59,4 +59,19 @@ void wrmgCopy(RmgImage *srcImage, RmgImage *dstImage, const int *tile) {
     rmgCopy(srcImage, dstImage, tile);
 }
 
+void wrmgAlphaCompositeC(const RmgImage *srcImageA, const RmgImage *srcImageB, RmgImage *dstImage,
+                         int compositeType, int alphaA, int alphaB, int premulAlpha,
+                         int divideMode, const int *tilePoint) {
+    rmgAlphaCompositeC(srcImageA, srcImageB, dstImage, compositeType, alphaA, alphaB, premulAlpha,
+                       divideMode, tilePoint);
+}
+
+void wrmgAlphaComposite(const RmgImage *srcImageA, const RmgImage *srcImageB, RmgImage *dstImage,
+                        int compositeType, const RmgImage *alphaImageA,
+                        const RmgImage *alphaImageB, RmgImage *alphaImageDst, int premulAlpha,
+                        int divideMode, const int *tilePoint) {
+    rmgAlphaComposite(srcImageA, srcImageB, dstImage, compositeType, alphaImageA, alphaImageB,
+                      alphaImageDst, premulAlpha, divideMode, tilePoint);
+}
+
 }  // extern "C"

@@ -232,6 +232,16 @@ RMG_API void wrmgAndS(const RmgImage *srcImage, RmgImage *dstImage, int value,
 RMG_API void wrmgSet(RmgImage *image, int fillValue, const int *tile);
 /* `tile` points at a tile column and row, or is null (see rmgCopy). */
 RMG_API void wrmgCopy(RmgImage *srcImage, RmgImage *dstImage, const int *tile);
+/* `tilePoint` points at a pixel x and y, or is null (see rmgAlphaCompositeC). */
+RMG_API void wrmgAlphaCompositeC(const RmgImage *srcImageA, const RmgImage *srcImageB,
+                                 RmgImage *dstImage, int compositeType, int alphaA, int alphaB,
+                                 int premulAlpha, int divideMode, const int *tilePoint);
+/* `tilePoint` as in wrmgAlphaCompositeC (see rmgAlphaComposite). */
+RMG_API void wrmgAlphaComposite(const RmgImage *srcImageA, const RmgImage *srcImageB,
+                                RmgImage *dstImage, int compositeType,
+                                const RmgImage *alphaImageA, const RmgImage *alphaImageB,
+                                RmgImage *alphaImageDst, int premulAlpha, int divideMode,
+                                const int *tilePoint);
 
 /* ------------------------------------------------------------------------ */
 /* Extended interface: image records and lifecycle                           */
@@ -340,6 +350,34 @@ RMG_API void rmgAndS(const RmgImage *srcImage, RmgImage *dstImage, int value,
  * rmgAddS. */
 RMG_API void rmgAnd(const RmgImage *srcImageA, const RmgImage *srcImageB, RmgImage *dstImage,
                     const int *tilePos);
+
+/* ------------------------------------------------------------------------ */
+/* Extended interface: alpha composition                                     */
+/* ------------------------------------------------------------------------ */
+
+/* Combines srcImageA and srcImageB, pixel by pixel, under the Porter-Duff
+ * operator `compositeType` (RMG_COMPOSITE_xxx) into dstImage, over the
+ * smallest region of the three; 8u or 16u. `alphaA` and `alphaB` are each a
+ * constant alpha in sample units (above the maximum it is the maximum) or,
+ * when negative, the source's own alphaChannel. No destination alpha is
+ * written. `premulAlpha` 1: the sources' colours are pre-multiplied;
+ * `divideMode` 1: the result is divided by its alpha (float arithmetic).
+ * For a tiled destination a non-null `tilePoint` holds a pixel x and y:
+ * only the tile that holds it is done. */
+RMG_API void rmgAlphaCompositeC(const RmgImage *srcImageA, const RmgImage *srcImageB,
+                                RmgImage *dstImage, int compositeType, int alphaA, int alphaB,
+                                int premulAlpha, int divideMode, const int *tilePoint);
+/* As rmgAlphaCompositeC with the alphas from images: alphaImageA (null: the
+ * alphaChannel of srcImageA) and alphaImageB (null: that of srcImageB, or
+ * with alphaImageA set the complement of A's alpha); the result's alpha
+ * goes to alphaImageDst at its alphaChannel, or with null to dstImage's
+ * alphaChannel if it has one. With all images in plane order and
+ * `divideMode` 0 the planar rows run, whose truncations differ. */
+RMG_API void rmgAlphaComposite(const RmgImage *srcImageA, const RmgImage *srcImageB,
+                               RmgImage *dstImage, int compositeType,
+                               const RmgImage *alphaImageA, const RmgImage *alphaImageB,
+                               RmgImage *alphaImageDst, int premulAlpha, int divideMode,
+                               const int *tilePoint);
 
 /* ------------------------------------------------------------------------ */
 /* Extended interface: status and error reporting                            */

@@ -1,0 +1,278 @@
+// rmgAlphaCompositeC and rmgAlphaComposite: the checks of their arguments,
+// the choice of the alpha sources, the plain and the tiled road, and the
+// choice of kernel by depth, operator, arithmetic and data order.
+#include <initializer_list>
+
+#include "alpha/rmgalpha.h"
+#include "rmg.h"
+
+namespace {
+
+constexpr char kModule[] = "rmgalpha";
+constexpr char kCompositeC[] = "rmgAlphaCompositeC";
+constexpr char kComposite[] = "rmgAlphaComposite";
+
+// Library-wide switches, fixed when the library is built; nothing writes
+// them and no interface reaches them. rmgForceFloat sends every composition
+// to the float kernels; rmgPlanarFast lets rmgAlphaComposite use the planar
+// rows when all its images are in plane order.
+constexpr int rmgForceFloat = 0;
+constexpr int rmgPlanarFast = 1;
+
+bool fail(const char *funcName, const char *text, int line) {
+    rmgError(RMG_StsBadArg, funcName, text, kModule, line);
+    return false;
+}
+
+// The image block of one argument, then the common extent narrowed by it.
+bool checkImage(const RmgImage *image, const char *name, const char *funcName, int *rows,
+                int *columns) {
+    if (!ownCheckImageBlock(image, name, funcName)) return false;
+    ownClipExtent(image, rows, columns);
+    return true;
+}
+
+// The opening of both operations: the image blocks of dstImage, srcImageA
+// and srcImageB, then the depths.
+bool checkOpening(const RmgImage *srcImageA, const RmgImage *srcImageB, const RmgImage *dstImage,
+                  const char *funcName, int *rows, int *columns) {
+    if (!checkImage(dstImage, "dstImage", funcName, rows, columns)) return false;
+    if (!checkImage(srcImageA, "srcImageA", funcName, rows, columns)) return false;
+    if (!checkImage(srcImageB, "srcImageB", funcName, rows, columns)) return false;
+    if (dstImage->depth != 8 && dstImage->depth != 16)
+        return fail(funcName, "dstImage->depth != 8 && dstImage->depth != 16", __LINE__);
+    if (srcImageA->depth != dstImage->depth)
+        return fail(funcName, "srcImageA->depth != dstImage->depth", __LINE__);
+    if (srcImageB->depth != dstImage->depth)
+        return fail(funcName, "srcImageB->depth != dstImage->depth", __LINE__);
+    return true;
+}
+
+// A source whose own alpha channel is its alpha: the channel must exist.
+// The second test can't fail after the image block, whose header test
+// already refuses an alphaChannel above nChannels; it stays in its place.
+bool checkOwnAlphaA(const RmgImage *srcImageA, const char *funcName) {
+    if (srcImageA->alphaChannel < 1)
+        return fail(funcName, "srcImageA->alphaChannel < 1", __LINE__);
+    if (srcImageA->alphaChannel > srcImageA->nChannels)
+        return fail(funcName, "srcImageA->alphaChannel > srcImageA->nChannels", __LINE__);
+    return true;
+}
+
+bool checkOwnAlphaB(const RmgImage *srcImageB, const char *funcName) {
+    if (srcImageB->alphaChannel < 1)
+        return fail(funcName, "srcImageB->alphaChannel < 1", __LINE__);
+    if (srcImageB->alphaChannel > srcImageB->nChannels)
+        return fail(funcName, "srcImageB->alphaChannel > srcImageB->nChannels", __LINE__);
+    return true;
+}
+
+// The closing checks of both operations: the COI rule for each source, the
+// place of each alpha channel, the colour channels without a destination
+// COI, and the three plain arguments.
+bool checkClosing(const RmgImage *srcImageA, const RmgImage *srcImageB, const RmgImage *dstImage,
+                  int compositeType, int premulAlpha, int divideMode, const char *funcName) {
+    if (!ownCheckCoiRule(srcImageA, "srcImageA", dstImage, funcName)) return false;
+    if (!ownCheckCoiRule(srcImageB, "srcImageB", dstImage, funcName)) return false;
+    if (srcImageA->alphaChannel > 0 && srcImageA->alphaChannel != srcImageA->nChannels)
+        return fail(funcName,
+                    "srcImageA->alphaChannel > 0 && srcImageA->alphaChannel != srcImageA->nChannels",
+                    __LINE__);
+    if (srcImageB->alphaChannel > 0 && srcImageB->alphaChannel != srcImageB->nChannels)
+        return fail(funcName,
+                    "srcImageB->alphaChannel > 0 && srcImageB->alphaChannel != srcImageB->nChannels",
+                    __LINE__);
+    if (dstImage->alphaChannel > 0 && dstImage->alphaChannel != dstImage->nChannels)
+        return fail(funcName,
+                    "dstImage->alphaChannel > 0 && dstImage->alphaChannel != dstImage->nChannels",
+                    __LINE__);
+    if (dstImage->roi == nullptr || dstImage->roi->coi == 0) {
+        const int colourD = dstImage->nChannels - (dstImage->alphaChannel != 0);
+        if (srcImageA->nChannels - (srcImageA->alphaChannel != 0) != colourD)
+            return fail(funcName,
+                        "(srcImageA->nChannels - (srcImageA->alphaChannel != 0)) != "
+                        "(dstImage->nChannels - (dstImage->alphaChannel != 0))",
+                        __LINE__);
+        if (srcImageB->nChannels - (srcImageB->alphaChannel != 0) != colourD)
+            return fail(funcName,
+                        "(srcImageB->nChannels - (srcImageB->alphaChannel != 0)) != "
+                        "(dstImage->nChannels - (dstImage->alphaChannel != 0))",
+                        __LINE__);
+    }
+    if (compositeType != 0 && compositeType != 1 && compositeType != 2 && compositeType != 3 &&
+        compositeType != 4 && compositeType != 5)
+        return fail(funcName,
+                    "compositeType != 0 && compositeType != 1 && compositeType != 2 && "
+                    "compositeType != 3 && compositeType != 4 && compositeType != 5",
+                    __LINE__);
+    if (premulAlpha != 0 && premulAlpha != 1)
+        return fail(funcName, "premulAlpha != 0 && premulAlpha != 1", __LINE__);
+    if (divideMode != 0 && divideMode != 1)
+        return fail(funcName, "divideMode != 0 && divideMode != 1", __LINE__);
+    return true;
+}
+
+// The kernel tables' depth: 8 bits for a depth of 8, 16 bits for any other.
+// The first of `images` that is tiled, in the order given; null for none.
+// The image that decides gives the walk its grid.
+const RmgImage *firstTiled(std::initializer_list<const RmgImage *> images) {
+    for (const RmgImage *image : images)
+        if (image != nullptr && image->tileInfo != nullptr) return image;
+    return nullptr;
+}
+
+int depthIndexOf(const RmgImage *dstImage) {
+    return dstImage->depth == RMG_DEPTH_8U ? kOwnDepth8u : kOwnDepth16u;
+}
+
+bool integerArithmetic(int divideMode) { return divideMode == 0 && rmgForceFloat == 0; }
+
+// ---------------------------------------------------------------------------
+// rmgAlphaCompositeC
+// ---------------------------------------------------------------------------
+
+// The arguments of one call of rmgAlphaCompositeC after its checks.
+struct ConstCall {
+    const RmgImage *srcImageA;
+    const RmgImage *srcImageB;
+    RmgImage *dstImage;
+    int compositeType;
+    int alphaA;
+    int alphaB;
+    int premulAlpha;
+    int divideMode;
+};
+
+// The kernel selector of rmgAlphaCompositeC on three images (the caller's
+// or the views of a rectangle). A constant alpha above the depth's maximum
+// is the maximum; the comparison is signed, so a negative value still
+// takes the source's own alpha channel.
+void runConst(const ConstCall &call, const RmgImage *srcImageA, const RmgImage *srcImageB,
+              RmgImage *dstImage, int rows, int columns) {
+    const int depth = depthIndexOf(dstImage);
+    const int maxValue = depth == kOwnDepth8u ? 255 : 65535;
+    const int alphaA = call.alphaA > maxValue ? maxValue : call.alphaA;
+    const int alphaB = call.alphaB > maxValue ? maxValue : call.alphaB;
+    const int arithmetic = integerArithmetic(call.divideMode) ? kOwnIntegerKernel : kOwnFloatKernel;
+    ownCompositeConst[depth][call.compositeType][arithmetic](srcImageA, srcImageB, dstImage, alphaA,
+                                                             alphaB, call.premulAlpha,
+                                                             call.divideMode, rows, columns);
+}
+
+// ---------------------------------------------------------------------------
+// rmgAlphaComposite
+// ---------------------------------------------------------------------------
+
+// The arguments of one call of rmgAlphaComposite after its checks, with
+// the alpha sources settled: alphaA is alphaImageA or srcImageA; alphaB is
+// alphaImageB, srcImageB or null (the complement of A's alpha); alphaDst
+// is alphaImageDst, dstImage or null (no destination alpha).
+struct ImageCall {
+    const RmgImage *srcImageA;
+    const RmgImage *srcImageB;
+    RmgImage *dstImage;
+    const RmgImage *alphaA;
+    const RmgImage *alphaB;
+    RmgImage *alphaDst;
+    int compositeType;
+    int premulAlpha;
+    int divideMode;
+};
+
+// The kernel selector of rmgAlphaComposite on its six images (the caller's
+// or the views of a rectangle; alphaB and alphaDst may be null). The
+// integer arithmetic goes to the scalar kernels unless every image that
+// exists is in plane order.
+void runImage(const ImageCall &call, const RmgImage *srcImageA, const RmgImage *srcImageB,
+              RmgImage *dstImage, const RmgImage *alphaA, const RmgImage *alphaB,
+              RmgImage *alphaDst, int rows, int columns) {
+    const int depth = depthIndexOf(dstImage);
+    const int arithmetic = integerArithmetic(call.divideMode) ? kOwnIntegerKernel : kOwnFloatKernel;
+    ownCompositeImage[depth][call.compositeType][arithmetic](srcImageA, srcImageB, dstImage, alphaA,
+                                                             alphaB, alphaDst, call.premulAlpha,
+                                                             call.divideMode, rows, columns);
+}
+
+// The alpha sources of rmgAlphaComposite with their checks, in order; they
+// are stored in `call` as they are settled.
+bool settleAlpha(const RmgImage *alphaImageA, const RmgImage *alphaImageB, RmgImage *alphaImageDst,
+                 ImageCall *call, int *rows, int *columns) {
+    if (alphaImageA == nullptr) {
+        if (!checkOwnAlphaA(call->srcImageA, kComposite)) return false;
+        call->alphaA = call->srcImageA;
+    } else {
+        if (!checkImage(alphaImageA, "alphaImageA", kComposite, rows, columns)) return false;
+        if (alphaImageA->depth != call->dstImage->depth)
+            return fail(kComposite, "alphaImageA->depth != dstImage->depth", __LINE__);
+        call->alphaA = alphaImageA;
+    }
+    if (alphaImageB != nullptr) {
+        if (!checkImage(alphaImageB, "alphaImageB", kComposite, rows, columns)) return false;
+        if (alphaImageB->depth != call->dstImage->depth)
+            return fail(kComposite, "alphaImageB->depth != dstImage->depth", __LINE__);
+        call->alphaB = alphaImageB;
+    } else if (alphaImageA == nullptr) {
+        if (!checkOwnAlphaB(call->srcImageB, kComposite)) return false;
+        call->alphaB = call->srcImageB;
+    } else {
+        // One alpha image blends the two sources: B's alpha is the
+        // complement of A's, whatever channels srcImageB has.
+        call->alphaB = nullptr;
+    }
+    if (alphaImageDst != nullptr) {
+        if (!checkImage(alphaImageDst, "alphaImageDst", kComposite, rows, columns)) return false;
+        if (alphaImageDst->depth != call->dstImage->depth)
+            return fail(kComposite, "alphaImageDst->depth != dstImage->depth", __LINE__);
+        // Can't fail after the image block (see checkOwnAlphaA).
+        if (alphaImageDst->alphaChannel < 1)
+            return fail(kComposite, "alphaImageDst->alphaChannel < 1", __LINE__);
+        if (alphaImageDst->alphaChannel > alphaImageDst->nChannels)
+            return fail(kComposite, "alphaImageDst->alphaChannel > alphaImageDst->nChannels",
+                        __LINE__);
+        call->alphaDst = alphaImageDst;
+    } else {
+        call->alphaDst = call->dstImage->alphaChannel != 0 ? call->dstImage : nullptr;
+    }
+    return true;
+}
+
+}  // namespace
+
+extern "C" void rmgAlphaCompositeC(const RmgImage *srcImageA, const RmgImage *srcImageB,
+                                   RmgImage *dstImage, int compositeType, int alphaA, int alphaB,
+                                   int premulAlpha, int divideMode, const int *tilePoint) {
+    int rows = 99999;
+    int columns = 99999;
+    if (!checkOpening(srcImageA, srcImageB, dstImage, kCompositeC, &rows, &columns)) return;
+    if (alphaA < 0 && !checkOwnAlphaA(srcImageA, kCompositeC)) return;
+    if (alphaB < 0 && !checkOwnAlphaB(srcImageB, kCompositeC)) return;
+    if (!checkClosing(srcImageA, srcImageB, dstImage, compositeType, premulAlpha, divideMode,
+                      kCompositeC))
+        return;
+    const ConstCall call{srcImageA, srcImageB, dstImage, compositeType,
+                         alphaA,    alphaB,    premulAlpha, divideMode};
+    (void)tilePoint;
+    if (firstTiled({dstImage, srcImageA, srcImageB}) == nullptr)
+        runConst(call, srcImageA, srcImageB, dstImage, rows, columns);
+}
+
+extern "C" void rmgAlphaComposite(const RmgImage *srcImageA, const RmgImage *srcImageB,
+                                  RmgImage *dstImage, int compositeType,
+                                  const RmgImage *alphaImageA, const RmgImage *alphaImageB,
+                                  RmgImage *alphaImageDst, int premulAlpha, int divideMode,
+                                  const int *tilePoint) {
+    int rows = 99999;
+    int columns = 99999;
+    if (!checkOpening(srcImageA, srcImageB, dstImage, kComposite, &rows, &columns)) return;
+    ImageCall call{srcImageA, srcImageB,     dstImage,    nullptr,   nullptr,
+                   nullptr,   compositeType, premulAlpha, divideMode};
+    if (!settleAlpha(alphaImageA, alphaImageB, alphaImageDst, &call, &rows, &columns)) return;
+    if (!checkClosing(srcImageA, srcImageB, dstImage, compositeType, premulAlpha, divideMode,
+                      kComposite))
+        return;
+    (void)tilePoint;
+    if (firstTiled({dstImage, call.alphaDst, srcImageA, srcImageB, call.alphaA, call.alphaB}) ==
+        nullptr)
+        runImage(call, srcImageA, srcImageB, dstImage, call.alphaA, call.alphaB, call.alphaDst,
+                 rows, columns);
+}
