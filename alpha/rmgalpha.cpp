@@ -4,6 +4,7 @@
 #include <initializer_list>
 
 #include "alpha/rmgalpha.h"
+#include "alpha/rmgalpha_planar.h"
 #include "rmg.h"
 
 namespace {
@@ -179,18 +180,29 @@ struct ImageCall {
     int divideMode;
 };
 
+bool inPlaneOrder(const RmgImage *image) {
+    return image == nullptr || image->dataOrder == RMG_DATA_PLANE;
+}
+
 // The kernel selector of rmgAlphaComposite on its six images (the caller's
 // or the views of a rectangle; alphaB and alphaDst may be null). The
-// integer arithmetic goes to the scalar kernels unless every image that
-// exists is in plane order.
+// integer arithmetic goes to the planar drivers when every image that
+// exists is in plane order, otherwise to the scalar kernels; the two give
+// other pixels on the same data, and both stay.
 void runImage(const ImageCall &call, const RmgImage *srcImageA, const RmgImage *srcImageB,
               RmgImage *dstImage, const RmgImage *alphaA, const RmgImage *alphaB,
               RmgImage *alphaDst, int rows, int columns) {
     const int depth = depthIndexOf(dstImage);
-    const int arithmetic = integerArithmetic(call.divideMode) ? kOwnIntegerKernel : kOwnFloatKernel;
-    ownCompositeImage[depth][call.compositeType][arithmetic](srcImageA, srcImageB, dstImage, alphaA,
-                                                             alphaB, alphaDst, call.premulAlpha,
-                                                             call.divideMode, rows, columns);
+    OwnCompositeImageFn kernel = ownCompositeImage[depth][call.compositeType][kOwnFloatKernel];
+    if (integerArithmetic(call.divideMode)) {
+        const bool planar = rmgPlanarFast != 0 && inPlaneOrder(srcImageA) &&
+                            inPlaneOrder(srcImageB) && inPlaneOrder(dstImage) &&
+                            inPlaneOrder(alphaA) && inPlaneOrder(alphaB) && inPlaneOrder(alphaDst);
+        kernel = planar ? ownCompositePlanar[depth][call.compositeType]
+                        : ownCompositeImage[depth][call.compositeType][kOwnIntegerKernel];
+    }
+    kernel(srcImageA, srcImageB, dstImage, alphaA, alphaB, alphaDst, call.premulAlpha,
+           call.divideMode, rows, columns);
 }
 
 // The alpha sources of rmgAlphaComposite with their checks, in order; they
