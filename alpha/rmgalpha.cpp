@@ -5,6 +5,7 @@
 
 #include "alpha/rmgalpha.h"
 #include "alpha/rmgalpha_planar.h"
+#include "alpha/rmgalpha_views.h"
 #include "rmg.h"
 
 namespace {
@@ -142,6 +143,10 @@ struct ConstCall {
     int alphaB;
     int premulAlpha;
     int divideMode;
+    // Entries of the view set in a tiled call.
+    int dstView;
+    int viewA;
+    int viewB;
 };
 
 // The kernel selector of rmgAlphaCompositeC on three images (the caller's
@@ -178,6 +183,13 @@ struct ImageCall {
     int compositeType;
     int premulAlpha;
     int divideMode;
+    // Entries of the view set in a tiled call; 0 for an image that isn't.
+    int dstView;
+    int alphaDstView;
+    int viewA;
+    int viewB;
+    int alphaViewA;
+    int alphaViewB;
 };
 
 bool inPlaneOrder(const RmgImage *image) {
@@ -248,6 +260,88 @@ bool settleAlpha(const RmgImage *alphaImageA, const RmgImage *alphaImageB, RmgIm
     return true;
 }
 
+// ---------------------------------------------------------------------------
+// The tiled road
+// ---------------------------------------------------------------------------
+
+constexpr int kMaxViews = 6;
+
+// The views of one rectangle. An entry that serves in several places (a
+// source that is its own alpha image, a destination that takes the alpha)
+// is got once and its view used in each.
+class RectViews {
+public:
+    explicit RectViews(RmgTileViews *set) : set_(set) {}
+    RmgImage *get(int index) {
+        if (index < 1 || index > kMaxViews) return nullptr;
+        if (!taken_[index]) {
+            view_[index] = ownViewsGet(set_, index);
+            taken_[index] = true;
+        }
+        return view_[index];
+    }
+
+private:
+    RmgTileViews *set_;
+    RmgImage *view_[kMaxViews + 1] = {};
+    bool taken_[kMaxViews + 1] = {};
+};
+
+void addConst(void *context, RmgTileViews *set) {
+    auto *call = static_cast<ConstCall *>(context);
+    call->dstView = ownViewsAdd(set, call->dstImage, RMG_TILE_WRITE);
+    call->viewA = ownViewsAdd(set, call->srcImageA, RMG_TILE_READ);
+    call->viewB = ownViewsAdd(set, call->srcImageB, RMG_TILE_READ);
+}
+
+// rmgAlphaCompositeC takes all three views before it looks at them.
+bool runConstViews(void *context, RmgTileViews *set, int rows, int columns) {
+    const auto *call = static_cast<const ConstCall *>(context);
+    RectViews views(set);
+    RmgImage *dst = views.get(call->dstView);
+    const RmgImage *srcA = views.get(call->viewA);
+    const RmgImage *srcB = views.get(call->viewB);
+    if (dst == nullptr || srcA == nullptr || srcB == nullptr) return false;
+    runConst(*call, srcA, srcB, dst, rows, columns);
+    return true;
+}
+
+constexpr OwnViewsWalkOps kConstWalk = {addConst, runConstViews};
+
+void addImage(void *context, RmgTileViews *set) {
+    auto *call = static_cast<ImageCall *>(context);
+    call->dstView = ownViewsAdd(set, call->dstImage, RMG_TILE_WRITE);
+    if (call->alphaDst != nullptr)
+        call->alphaDstView = ownViewsAdd(set, call->alphaDst, RMG_TILE_WRITE);
+    call->viewA = ownViewsAdd(set, call->srcImageA, RMG_TILE_READ);
+    call->viewB = ownViewsAdd(set, call->srcImageB, RMG_TILE_READ);
+    call->alphaViewA = ownViewsAdd(set, call->alphaA, RMG_TILE_READ);
+    if (call->alphaB != nullptr) call->alphaViewB = ownViewsAdd(set, call->alphaB, RMG_TILE_READ);
+}
+
+// rmgAlphaComposite takes the views in the order of registration. It looks
+// at dstImage, srcImageA and srcImageB once these are taken, and at each
+// alpha view in turn after that: the destination alpha's (taken second),
+// then A's and B's, each as soon as it is taken.
+bool runImageViews(void *context, RmgTileViews *set, int rows, int columns) {
+    const auto *call = static_cast<const ImageCall *>(context);
+    RectViews views(set);
+    RmgImage *dst = views.get(call->dstView);
+    RmgImage *alphaDst = views.get(call->alphaDstView);
+    const RmgImage *srcA = views.get(call->viewA);
+    const RmgImage *srcB = views.get(call->viewB);
+    if (dst == nullptr || srcA == nullptr || srcB == nullptr) return false;
+    if (call->alphaDst != nullptr && alphaDst == nullptr) return false;
+    const RmgImage *alphaA = views.get(call->alphaViewA);
+    if (alphaA == nullptr) return false;
+    const RmgImage *alphaB = views.get(call->alphaViewB);
+    if (call->alphaB != nullptr && alphaB == nullptr) return false;
+    runImage(*call, srcA, srcB, dst, alphaA, alphaB, alphaDst, rows, columns);
+    return true;
+}
+
+constexpr OwnViewsWalkOps kImageWalk = {addImage, runImageViews};
+
 }  // namespace
 
 extern "C" void rmgAlphaCompositeC(const RmgImage *srcImageA, const RmgImage *srcImageB,
@@ -261,11 +355,13 @@ extern "C" void rmgAlphaCompositeC(const RmgImage *srcImageA, const RmgImage *sr
     if (!checkClosing(srcImageA, srcImageB, dstImage, compositeType, premulAlpha, divideMode,
                       kCompositeC))
         return;
-    const ConstCall call{srcImageA, srcImageB, dstImage, compositeType,
-                         alphaA,    alphaB,    premulAlpha, divideMode};
-    (void)tilePoint;
-    if (firstTiled({dstImage, srcImageA, srcImageB}) == nullptr)
+    ConstCall call{srcImageA, srcImageB,   dstImage,   compositeType, alphaA, alphaB,
+                   premulAlpha, divideMode, 0, 0, 0};
+    const RmgImage *grid = firstTiled({dstImage, srcImageA, srcImageB});
+    if (grid == nullptr)
         runConst(call, srcImageA, srcImageB, dstImage, rows, columns);
+    else
+        ownViewsWalk(kCompositeC, grid, dstImage, tilePoint, rows, columns, 3, kConstWalk, &call);
 }
 
 extern "C" void rmgAlphaComposite(const RmgImage *srcImageA, const RmgImage *srcImageB,
@@ -276,15 +372,20 @@ extern "C" void rmgAlphaComposite(const RmgImage *srcImageA, const RmgImage *src
     int rows = 99999;
     int columns = 99999;
     if (!checkOpening(srcImageA, srcImageB, dstImage, kComposite, &rows, &columns)) return;
-    ImageCall call{srcImageA, srcImageB,     dstImage,    nullptr,   nullptr,
-                   nullptr,   compositeType, premulAlpha, divideMode};
+    ImageCall call{srcImageA, srcImageB,     dstImage,    nullptr,    nullptr, nullptr,
+                   compositeType, premulAlpha, divideMode, 0, 0, 0, 0, 0, 0};
     if (!settleAlpha(alphaImageA, alphaImageB, alphaImageDst, &call, &rows, &columns)) return;
     if (!checkClosing(srcImageA, srcImageB, dstImage, compositeType, premulAlpha, divideMode,
                       kComposite))
         return;
-    (void)tilePoint;
-    if (firstTiled({dstImage, call.alphaDst, srcImageA, srcImageB, call.alphaA, call.alphaB}) ==
-        nullptr)
+    // The alpha images as settled count: a source that is its own alpha
+    // image is looked at twice, which changes nothing.
+    const RmgImage *grid =
+        firstTiled({dstImage, call.alphaDst, srcImageA, srcImageB, call.alphaA, call.alphaB});
+    if (grid == nullptr)
         runImage(call, srcImageA, srcImageB, dstImage, call.alphaA, call.alphaB, call.alphaDst,
                  rows, columns);
+    else
+        ownViewsWalk(kComposite, grid, dstImage, tilePoint, rows, columns, kMaxViews, kImageWalk,
+                     &call);
 }

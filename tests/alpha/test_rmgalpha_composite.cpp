@@ -14,6 +14,7 @@
 #include "alpha/alphatest.h"
 #include "alpha/rmgalpha.h"
 #include "alpha/rmgalpha_planar.h"
+#include "alpha/test_rmgalpha_composite.h"
 #include "support/rmgtest.h"
 
 namespace {
@@ -271,135 +272,53 @@ TEST_F(CompositeValues, AlphaImagesInPixelOrderKeepTheIntegerKernel) {
 // Random calls against the kernels called directly
 // ---------------------------------------------------------------------------
 
-class RandomCall {
-public:
-    RandomCall(std::mt19937 &rng, unsigned int depth) : rng_(rng), depth_(depth) {}
-
-    int pick(int lo, int hi) { return std::uniform_int_distribution<int>(lo, hi)(rng_); }
-    bool coin() { return pick(0, 1) == 1; }
-
-    // An image of random size, align and bytes, in `order`, with a ROI half
-    // of the time (always with `coi` above 0).
-    Image *image(int nChannels, int alphaChannel, int order, int coi = 0) {
-        const int height = pick(1, 6), width = pick(1, 9);
-        images_.push_back(std::make_unique<Image>(nChannels, alphaChannel, depth_, order,
-                                                  coin() ? 4 : 8, height, width));
-        Image *img = images_.back().get();
-        img->randomize(rng_);
-        if (coi > 0 || coin())
-            img->setRoi(coi, pick(0, width - 1), pick(0, height - 1), pick(1, 9), pick(1, 9));
-        return img;
-    }
-
-    // A copy of `img` with its own buffer, header and ROI.
-    Image *copyOf(const Image *img) {
-        const RmgImage *h = img->image;
-        images_.push_back(std::make_unique<Image>(h->nChannels, h->alphaChannel, h->depth,
-                                                  h->dataOrder, h->align, h->height, h->width));
-        Image *c = images_.back().get();
-        c->setBytes(img->bytes());
-        if (h->roi != nullptr) c->setRoi(h->roi->coi, h->roi->xOffset, h->roi->yOffset,
-                                         h->roi->height, h->roi->width);
-        return c;
-    }
-
-private:
-    std::mt19937 &rng_;
-    unsigned int depth_;
-    std::vector<std::unique_ptr<Image>> images_;
-};
-
-int extentOf(const std::vector<const Image *> &images, bool rowsWanted) {
-    int n = 99999;
-    for (const Image *img : images) {
-        if (img == nullptr) continue;
-        int rows = 99999, columns = 99999;
-        ownClipExtent(img->image, &rows, &columns);
-        n = std::min(n, rowsWanted ? rows : columns);
-    }
-    return n;
-}
-
 TEST_F(CompositeValues, RandomCallsRunTheKernelsOverTheCommonExtent) {
     std::mt19937 rng(20240611);
     for (int iteration = 0; iteration < 3000; ++iteration) {
         const unsigned int depth = iteration % 2 ? RMG_DEPTH_16U : RMG_DEPTH_8U;
-        RandomCall r(rng, depth);
-        const int colours = r.pick(1, 3);
-        const bool planeAll = r.pick(0, 2) == 0;
-        auto order = [&] {
-            return planeAll ? RMG_DATA_PLANE : (r.coin() ? RMG_DATA_PLANE : RMG_DATA_PIXEL);
-        };
-        const bool coi = r.pick(0, 3) == 0;
-        auto image = [&](bool alpha) {
-            const int n = colours + (alpha ? 1 : 0);
-            return r.image(n, alpha ? n : 0, order(), coi ? r.pick(1, n) : 0);
-        };
-        const bool constForm = r.coin();
-        const int op = r.pick(0, 5);
-        const int premul = r.pick(0, 1);
-        const int divide = r.pick(0, 3) == 0 ? 1 : 0;
-        const int M = depth == RMG_DEPTH_8U ? 255 : 65535;
-        SCOPED_TRACE(testing::Message() << "iteration " << iteration << " op " << op << " const "
-                                        << constForm << " divide " << divide);
+        compositetest::RandomImages r(rng, depth, 7);
+        const compositetest::Setup s = compositetest::randomSetup(r, depth);
+        const compositetest::Images &m = s.images;
+        const compositetest::Images k = compositetest::copiesOf(r, m);
+        SCOPED_TRACE(testing::Message() << "iteration " << iteration << " op " << s.op
+                                        << " const " << s.constForm << " divide " << s.divide);
+        compositetest::invoke(s, compositetest::headersOf(m));
+        ASSERT_TRUE(rmgtest::reports().empty());
 
-        Image *A = image(r.coin());
-        Image *B = image(r.coin());
-        Image *D = image(r.coin());
         const int depthIndex = depth == RMG_DEPTH_8U ? kOwnDepth8u : kOwnDepth16u;
-        const int arith = divide ? kOwnFloatKernel : kOwnIntegerKernel;
-        if (constForm) {
-            const int alphaA = A->image->alphaChannel && r.coin() ? -1 : r.pick(0, M + 100);
-            const int alphaB = B->image->alphaChannel && r.coin() ? -1 : r.pick(0, M + 100);
-            Image *A2 = r.copyOf(A), *B2 = r.copyOf(B), *D2 = r.copyOf(D);
-            rmgAlphaCompositeC(A->image, B->image, D->image, op, alphaA, alphaB, premul, divide,
-                               nullptr);
-            ownCompositeConst[depthIndex][op][arith](
-                A2->image, B2->image, D2->image, std::min(alphaA, M), std::min(alphaB, M), premul,
-                divide, extentOf({A, B, D}, true), extentOf({A, B, D}, false));
-            ASSERT_EQ(D->bytes(), D2->bytes());
-            ASSERT_TRUE(rmgtest::reports().empty());
+        const int arith = s.divide ? kOwnFloatKernel : kOwnIntegerKernel;
+        const int rows = compositetest::extentOf(m, true);
+        const int columns = compositetest::extentOf(m, false);
+        if (s.constForm) {
+            const int M = depth == RMG_DEPTH_8U ? 255 : 65535;
+            ownCompositeConst[depthIndex][s.op][arith](k.A->image, k.B->image, k.D->image,
+                                                       std::min(s.alphaA, M),
+                                                       std::min(s.alphaB, M), s.premul, s.divide,
+                                                       rows, columns);
+            ASSERT_EQ(m.D->bytes(), k.D->bytes());
             continue;
         }
-        // Alpha images of their own, or the sources themselves.
-        Image *alphaA = r.coin() || A->image->alphaChannel == 0
-                            ? r.image(r.pick(1, 2), 0, order(), 0)
-                            : nullptr;
-        if (alphaA != nullptr && r.coin()) alphaA->image->alphaChannel = alphaA->image->nChannels;
-        Image *alphaB = nullptr;
-        if (alphaA != nullptr ? r.coin() : B->image->alphaChannel == 0)
-            alphaB = r.image(1, r.pick(0, 1), order(), 0);
-        Image *alphaDst = r.coin() ? r.image(2, r.pick(1, 2), order(), 0) : nullptr;
-        Image *A2 = r.copyOf(A), *B2 = r.copyOf(B), *D2 = r.copyOf(D);
-        Image *alphaA2 = alphaA ? r.copyOf(alphaA) : nullptr;
-        Image *alphaB2 = alphaB ? r.copyOf(alphaB) : nullptr;
-        Image *alphaDst2 = alphaDst ? r.copyOf(alphaDst) : nullptr;
-        rmgAlphaComposite(A->image, B->image, D->image, op, alphaA ? alphaA->image : nullptr,
-                          alphaB ? alphaB->image : nullptr, alphaDst ? alphaDst->image : nullptr,
-                          premul, divide, nullptr);
         // The settled alpha sources on the copies.
-        const RmgImage *kernelAlphaA = alphaA ? alphaA2->image : A2->image;
-        const RmgImage *kernelAlphaB =
-            alphaB ? alphaB2->image : (alphaA ? nullptr : B2->image);
-        RmgImage *kernelAlphaDst =
-            alphaDst ? alphaDst2->image : (D->image->alphaChannel ? D2->image : nullptr);
+        const RmgImage *alphaA = m.alphaA ? k.alphaA->image : k.A->image;
+        const RmgImage *alphaB = m.alphaB ? k.alphaB->image : (m.alphaA ? nullptr : k.B->image);
+        RmgImage *alphaDst =
+            m.alphaDst ? k.alphaDst->image : (m.D->image->alphaChannel ? k.D->image : nullptr);
         bool plane = true;
-        const RmgImage *const used[] = {A2->image,    B2->image,    D2->image,
-                                        kernelAlphaA, kernelAlphaB, kernelAlphaDst};
+        const RmgImage *const used[] = {k.A->image, k.B->image, k.D->image,
+                                        alphaA,     alphaB,     alphaDst};
         for (const RmgImage *img : used)
             if (img != nullptr && img->dataOrder != RMG_DATA_PLANE) plane = false;
-        const OwnCompositeImageFn kernel = !divide && plane ? ownCompositePlanar[depthIndex][op]
-                                                            : ownCompositeImage[depthIndex][op][arith];
-        kernel(A2->image, B2->image, D2->image, kernelAlphaA, kernelAlphaB, kernelAlphaDst, premul,
-               divide, extentOf({A, B, D, alphaA, alphaB, alphaDst}, true),
-               extentOf({A, B, D, alphaA, alphaB, alphaDst}, false));
-        ASSERT_EQ(D->bytes(), D2->bytes());
-        if (alphaDst) {
-            ASSERT_EQ(alphaDst->bytes(), alphaDst2->bytes());
+        const OwnCompositeImageFn kernel = !s.divide && plane
+                                               ? ownCompositePlanar[depthIndex][s.op]
+                                               : ownCompositeImage[depthIndex][s.op][arith];
+        kernel(k.A->image, k.B->image, k.D->image, alphaA, alphaB, alphaDst, s.premul, s.divide,
+               rows, columns);
+        ASSERT_EQ(m.D->bytes(), k.D->bytes());
+        if (m.alphaDst) {
+            ASSERT_EQ(m.alphaDst->bytes(), k.alphaDst->bytes());
         }
-        ASSERT_EQ(A->bytes(), A2->bytes());
-        ASSERT_EQ(B->bytes(), B2->bytes());
-        ASSERT_TRUE(rmgtest::reports().empty());
+        ASSERT_EQ(m.A->bytes(), k.A->bytes());
+        ASSERT_EQ(m.B->bytes(), k.B->bytes());
     }
 }
 
