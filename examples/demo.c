@@ -5,9 +5,9 @@
  * first pixels; fills a tiled image whose tiles the demo serves from its
  * own memory through a call-back; copies a region that reaches past the
  * edge of a tiled image into another, with the border rules filling in
- * beyond the edge; then makes a call that the library
- * refuses so that the error reaches the console dialog, and prints the
- * status it leaves.
+ * beyond the edge; composes two generated images with alpha; then makes
+ * a call that the library refuses so that the error reaches the console
+ * dialog, and prints the status it leaves.
  */
 #include <stdio.h>
 #include <string.h>
@@ -255,10 +255,61 @@ static int show_point_operations(void) {
     return 0;
 }
 
+/* Two generated 8-bit RGBA images of 1 x 4 pixels composed: A is a red ramp
+ * whose alpha rises from 0 to 255, B an opaque blue. */
+static RmgImage *rgba_image(void) {
+    RmgImage *image = wrmgCreateImageHeader(4, 4, RMG_DEPTH_8U, "RGBA", "RGBA", RMG_DATA_PIXEL,
+                                            RMG_ORIGIN_TL, 4, 1, 4, NULL, NULL, NULL);
+    if (image != NULL) wrmgAllocateImage(image, 0);
+    return image;
+}
+
+static void print_pixels(const char *label, const RmgImage *image) {
+    int x;
+    printf("  %-34s", label);
+    for (x = 0; x < image->width; ++x) {
+        printf("(");
+        print_bytes(image->imageData + 4 * x, 4);
+        printf(")%s", x + 1 < image->width ? " " : "");
+    }
+    printf("\n");
+}
+
+static int show_composition(void) {
+    RmgImage *a = rgba_image();
+    RmgImage *b = rgba_image();
+    RmgImage *result = rgba_image();
+    int x;
+    if (a == NULL || b == NULL || result == NULL || a->imageData == NULL ||
+        b->imageData == NULL || result->imageData == NULL)
+        return 1;
+    for (x = 0; x < 4; ++x) {
+        unsigned char *pa = a->imageData + 4 * x;
+        unsigned char *pb = b->imageData + 4 * x;
+        pa[0] = 0xFF, pa[1] = 0x20, pa[2] = 0x00, pa[3] = (unsigned char)(x * 85);
+        pb[0] = 0x00, pb[1] = 0x40, pb[2] = 0xFF, pb[3] = 0xFF;
+    }
+    printf("\nAlpha composition of two generated RGBA images (alpha in channel 4):\n");
+    print_pixels("A, red with alpha 0, 85, 170, 255", a);
+    print_pixels("B, opaque blue", b);
+    wrmgAlphaComposite(a, b, result, RMG_COMPOSITE_OVER, NULL, NULL, NULL, 0, 0, NULL);
+    print_pixels("wrmgAlphaComposite, A over B", result);
+    wrmgAlphaComposite(a, b, result, RMG_COMPOSITE_XOR, NULL, NULL, NULL, 0, 0, NULL);
+    print_pixels("wrmgAlphaComposite, A xor B", result);
+    /* The constant form: both alphas 128, the result's alpha left alone. */
+    wrmgAlphaCompositeC(a, b, result, RMG_COMPOSITE_PLUS, 128, 128, 0, 0, NULL);
+    print_pixels("wrmgAlphaCompositeC, plus at 128", result);
+    wrmgDeallocate(a, RMG_DEALLOC_ALL);
+    wrmgDeallocate(b, RMG_DEALLOC_ALL);
+    wrmgDeallocate(result, RMG_DEALLOC_ALL);
+    return wrmgGetErrStatus() == RMG_StsOk ? 0 : 1;
+}
+
 int main(void) {
     if (show_images() != 0) return 1;
     if (show_tiles() != 0) return 1;
     if (show_copy() != 0) return 1;
+    if (show_composition() != 0) return 1;
     if (show_point_operations() != 0) return 1;
     show_refusal();
     show_error();
