@@ -34,40 +34,29 @@ namespace {
 // compiled for a wider instruction set.
 // ---------------------------------------------------------------------------
 
-struct Scalar8 {
+template <int kBits>
+struct ScalarLanes {
     using T = uint32_t;
     static constexpr size_t kSamples = 1;
-    static constexpr size_t kSampleBytes = 1;
-    static constexpr uint32_t M = 255;
-    static T load(const unsigned char *p) { return *p; }
-    static void store(unsigned char *p, T v) { *p = static_cast<unsigned char>(v); }
-    static T splat(uint32_t x) { return x & M; }
-    static T mul(T x, T y) {
-        const uint32_t p = x * y;
-        return ((p >> 8) + p + 1u) >> 8;
+    static constexpr size_t kSampleBytes = kBits / 8;
+    static constexpr uint32_t M = (1u << kBits) - 1u;
+    static T load(const unsigned char *p) {
+        return kSampleBytes == 1 ? p[0] : p[0] | static_cast<uint32_t>(p[1]) << 8;
     }
-    static T inv(T x) { return x ^ M; }
-    static T adds(T x, T y) { return x + y > M ? M : x + y; }
-};
-
-struct Scalar16 {
-    using T = uint32_t;
-    static constexpr size_t kSamples = 1;
-    static constexpr size_t kSampleBytes = 2;
-    static constexpr uint32_t M = 65535;
-    static T load(const unsigned char *p) { return p[0] | static_cast<uint32_t>(p[1]) << 8; }
     static void store(unsigned char *p, T v) {
         p[0] = static_cast<unsigned char>(v);
-        p[1] = static_cast<unsigned char>(v >> 8);
+        if (kSampleBytes == 2) p[1] = static_cast<unsigned char>(v >> 8);
     }
     static T splat(uint32_t x) { return x & M; }
     static T mul(T x, T y) {
         const uint32_t p = x * y;
-        return ((p >> 16) + p + 1u) >> 16;
+        return ((p >> kBits) + p + 1u) >> kBits;
     }
     static T inv(T x) { return x ^ M; }
     static T adds(T x, T y) { return x + y > M ? M : x + y; }
 };
+using Scalar8 = ScalarLanes<8>;
+using Scalar16 = ScalarLanes<16>;
 
 // ---------------------------------------------------------------------------
 // Operators: the colour of the row kernels from A2, B2, a and b (b being

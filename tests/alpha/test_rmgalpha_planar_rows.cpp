@@ -6,6 +6,8 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <functional>
+#include <string>
 #include <random>
 #include <vector>
 
@@ -36,16 +38,69 @@ std::vector<size_t> dstOffsets(size_t count) {
     return {count % 32, (count * 7 + 3) % 32, 0, 31};
 }
 
-// One kernel call on fresh rows of `count` samples, the destination `dstOff`
+// A row kernel with one choice of its arguments, and its model.
+struct Case {
+    std::string name;
+    std::function<void(const unsigned char *A, const unsigned char *a, const unsigned char *B,
+                       const unsigned char *b, unsigned char *dst, int count)>
+        call;
+    std::function<int(int A, int a, int B, int b)> model;
+};
+
+const char *const kNames[6] = {"over", "in", "out", "atop", "xor", "plus"};
+
+// Every row kernel of a depth with every choice of premulAlpha and rowAlphaB.
+std::vector<Case> casesOf(int depth) {
+    const int M = depth == kOwnDepth8u ? 255 : 65535;
+    std::vector<Case> cases;
+    for (int op = 0; op < 6; ++op) {
+        for (int premul : {0, 1})
+            for (bool hasB : {true, false}) {
+                const OwnColourRowFn fn = ownColourRows[depth][op];
+                cases.push_back(
+                    {std::string(kNames[op]) + " colour, premulAlpha " + std::to_string(premul) +
+                         (hasB ? ", rowAlphaB" : ", no rowAlphaB"),
+                     [=](const unsigned char *A, const unsigned char *a, const unsigned char *B,
+                         const unsigned char *b, unsigned char *d,
+                         int count) { fn(A, a, B, hasB ? b : nullptr, d, count, premul); },
+                     [=](int A, int a, int B, int b) {
+                         return colourModel(op, M, premul != 0, hasB, A, a, B, b);
+                     }});
+            }
+        for (bool hasB : {true, false}) {
+            const OwnAlphaRowFn fn = ownAlphaRows[depth][op];
+            cases.push_back({std::string(kNames[op]) + " alpha" +
+                                 (hasB ? ", rowAlphaB" : ", no rowAlphaB"),
+                             [=](const unsigned char *, const unsigned char *a,
+                                 const unsigned char *, const unsigned char *b, unsigned char *d,
+                                 int count) { fn(a, hasB ? b : nullptr, d, count); },
+                             [=](int, int a, int, int b) { return alphaModel(op, M, hasB, a, b); }});
+        }
+    }
+    auto mulRow = depth == kOwnDepth8u ? ownMulRow8u : ownMulRow16u;
+    cases.push_back({"mul",
+                     [=](const unsigned char *A, const unsigned char *, const unsigned char *B,
+                         const unsigned char *, unsigned char *d,
+                         int count) { mulRow(A, B, d, count); },
+                     [=](int A, int, int B, int) { return planartest::mulOf(M, A, B); }});
+    auto scaleRow = depth == kOwnDepth8u ? ownScaleRow8u : ownScaleRow16u;
+    for (int value : {0, 1, M / 2 + 1, M - 1, M})
+        cases.push_back({"scale by " + std::to_string(value),
+                         [=](const unsigned char *A, const unsigned char *, const unsigned char *,
+                             const unsigned char *, unsigned char *d,
+                             int count) { scaleRow(A, d, value, count); },
+                         [=](int A, int, int, int) { return planartest::mulOf(M, A, value); }});
+    return cases;
+}
+
+// Every case on fresh rows of `count` samples, the destination `dstOff`
 // bytes past a 64-byte boundary with guard bytes on both sides, each source
-// at its own alignment. `model(i, A, a, B, b)` gives sample i; `call` runs
-// the kernel. Compares the whole destination block.
-template <class Call, class Model>
-void checkRow(int depth, size_t count, size_t dstOff, uint32_t seed, const Call &call,
-              const Model &model) {
+// at its own alignment in a block that ends with it. Compares the whole
+// destination block.
+void checkRows(int depth, const std::vector<Case> &cases, size_t count, size_t dstOff) {
     const int bytes = depth == kOwnDepth8u ? 1 : 2;
     const int M = depth == kOwnDepth8u ? 255 : 65535;
-    std::mt19937 rng(seed);
+    std::mt19937 rng(static_cast<uint32_t>(count * 64 + dstOff + depth));
     Row A(bytes, count, (dstOff + count) % 32);
     Row a(bytes, count, (dstOff * 3 + 1) % 32);
     Row B(bytes, count, (dstOff * 5 + 2) % 32);
@@ -54,99 +109,31 @@ void checkRow(int depth, size_t count, size_t dstOff, uint32_t seed, const Call 
     a.randomize(rng, M);
     B.randomize(rng, M);
     b.randomize(rng, M);
-    const size_t size = 64 + kMaxCount * 2 + 64;
+    const size_t size = dstOff + count * static_cast<size_t>(bytes) + 32;
     rmgtest::Canvas dst(size);
-    std::vector<unsigned char> guard(size, kGuard);
-    dst.set(guard);
-    std::vector<unsigned char> want = guard;
-    for (size_t i = 0; i < count; ++i)
-        planartest::putAt(want.data() + dstOff, bytes, i,
-                          model(A.get(i), a.get(i), B.get(i), b.get(i)));
-    call(A.data(), a.data(), B.data(), b.data(), dst.data() + dstOff);
-    ASSERT_EQ(dst.bytes(), want) << "count " << count << " dst offset " << dstOff;
+    const std::vector<unsigned char> guard(size, kGuard);
+    for (const Case &c : cases) {
+        dst.set(guard);
+        std::vector<unsigned char> want = guard;
+        for (size_t i = 0; i < count; ++i)
+            planartest::putAt(want.data() + dstOff, bytes, i,
+                              c.model(A.get(i), a.get(i), B.get(i), b.get(i)));
+        c.call(A.data(), a.data(), B.data(), b.data(), dst.data() + dstOff,
+               static_cast<int>(count));
+        ASSERT_EQ(dst.bytes(), want) << c.name << ", count " << count << ", dst offset " << dstOff;
+    }
 }
 
-// Every length and alignment of one kernel and one choice of its arguments.
-template <class Call, class Model>
-void checkLengths(int depth, uint32_t seed, const Call &call, const Model &model) {
-    for (size_t count = 0; count <= kMaxCount; ++count)
-        for (size_t dstOff : dstOffsets(count)) {
-            checkRow(depth, count, dstOff, seed + static_cast<uint32_t>(count * 64 + dstOff),
-                     [&](auto... rows) { call(rows..., static_cast<int>(count)); }, model);
-            if (::testing::Test::HasFatalFailure()) return;
-        }
-}
-
-const char *const kNames[6] = {"over", "in", "out", "atop", "xor", "plus"};
-
-TEST(PlanarRows, ColourRowsFollowTheirTables) {
-    rmgtest::inEveryForm([&](int) {
-        for (int depth : {kOwnDepth8u, kOwnDepth16u})
-            for (int op = 0; op < 6; ++op)
-                for (int premul : {0, 1})
-                    for (bool hasB : {true, false}) {
-                        SCOPED_TRACE(::testing::Message()
-                                     << kNames[op] << " depth " << depth << " premulAlpha "
-                                     << premul << (hasB ? " with" : " without") << " rowAlphaB");
-                        const int M = depth == kOwnDepth8u ? 255 : 65535;
-                        const OwnColourRowFn fn = ownColourRows[depth][op];
-                        checkLengths(
-                            depth, 1000u * op + 100u * premul + hasB,
-                            [&](const unsigned char *A, const unsigned char *a,
-                                const unsigned char *B, const unsigned char *b,
-                                unsigned char *d, int count) {
-                                fn(A, a, B, hasB ? b : nullptr, d, count, premul);
-                            },
-                            [&](int A, int a, int B, int b) {
-                                return colourModel(op, M, premul != 0, hasB, A, a, B, b);
-                            });
-                        if (HasFatalFailure()) return;
-                    }
-    });
-}
-
-TEST(PlanarRows, AlphaRowsFollowTheirTable) {
-    rmgtest::inEveryForm([&](int) {
-        for (int depth : {kOwnDepth8u, kOwnDepth16u})
-            for (int op = 0; op < 6; ++op)
-                for (bool hasB : {true, false}) {
-                    SCOPED_TRACE(::testing::Message() << kNames[op] << " alpha depth " << depth
-                                                      << (hasB ? " with" : " without")
-                                                      << " rowAlphaB");
-                    const int M = depth == kOwnDepth8u ? 255 : 65535;
-                    const OwnAlphaRowFn fn = ownAlphaRows[depth][op];
-                    checkLengths(
-                        depth, 7000u + 10u * op + hasB,
-                        [&](const unsigned char *, const unsigned char *a, const unsigned char *,
-                            const unsigned char *b, unsigned char *d,
-                            int count) { fn(a, hasB ? b : nullptr, d, count); },
-                        [&](int, int a, int, int b) { return alphaModel(op, M, hasB, a, b); });
-                    if (HasFatalFailure()) return;
-                }
-    });
-}
-
-TEST(PlanarRows, MulAndScaleRowsAreTheScaledProduct) {
+TEST(PlanarRows, EveryRowFollowsItsTableAtEveryLengthAndAlignment) {
     rmgtest::inEveryForm([&](int) {
         for (int depth : {kOwnDepth8u, kOwnDepth16u}) {
-            SCOPED_TRACE(depth);
-            const int M = depth == kOwnDepth8u ? 255 : 65535;
-            auto mulRow = depth == kOwnDepth8u ? ownMulRow8u : ownMulRow16u;
-            auto scaleRow = depth == kOwnDepth8u ? ownScaleRow8u : ownScaleRow16u;
-            checkLengths(
-                depth, 11u,
-                [&](const unsigned char *A, const unsigned char *, const unsigned char *B,
-                    const unsigned char *, unsigned char *d, int count) { mulRow(A, B, d, count); },
-                [&](int A, int, int B, int) { return planartest::mulOf(M, A, B); });
-            for (int value : {0, 1, M / 2 + 1, M - 1, M}) {
-                SCOPED_TRACE(value);
-                checkLengths(
-                    depth, 13u,
-                    [&](const unsigned char *A, const unsigned char *, const unsigned char *,
-                        const unsigned char *, unsigned char *d,
-                        int count) { scaleRow(A, d, value, count); },
-                    [&](int A, int, int, int) { return planartest::mulOf(M, A, value); });
-            }
+            SCOPED_TRACE(depth == kOwnDepth8u ? "8u" : "16u");
+            const std::vector<Case> cases = casesOf(depth);
+            for (size_t count = 0; count <= kMaxCount; ++count)
+                for (size_t dstOff : dstOffsets(count)) {
+                    checkRows(depth, cases, count, dstOff);
+                    if (HasFatalFailure()) return;
+                }
         }
     });
 }
