@@ -50,22 +50,25 @@ bool checkOpening(const RmgImage *srcImageA, const RmgImage *srcImageB, const Rm
     return true;
 }
 
-// A source whose own alpha channel is its alpha: the channel must exist.
-// The second test can't fail after the image block, whose header test
-// already refuses an alphaChannel above nChannels; it stays in its place.
-bool checkOwnAlphaA(const RmgImage *srcImageA, const char *funcName) {
-    if (srcImageA->alphaChannel < 1)
-        return fail(funcName, "srcImageA->alphaChannel < 1", __LINE__);
-    if (srcImageA->alphaChannel > srcImageA->nChannels)
-        return fail(funcName, "srcImageA->alphaChannel > srcImageA->nChannels", __LINE__);
-    return true;
-}
+// The alpha channel that an image must name: where a source serves as its
+// own alpha, and in the destination alpha image. The second test can't fail
+// after the image block, whose header test already refuses an alphaChannel
+// above nChannels; it stays in its place.
+struct AlphaChannelTexts {
+    const char *none;
+    const char *beyond;
+};
+constexpr AlphaChannelTexts kAlphaOfA = {"srcImageA->alphaChannel < 1",
+                                         "srcImageA->alphaChannel > srcImageA->nChannels"};
+constexpr AlphaChannelTexts kAlphaOfB = {"srcImageB->alphaChannel < 1",
+                                         "srcImageB->alphaChannel > srcImageB->nChannels"};
+constexpr AlphaChannelTexts kAlphaOfDst = {
+    "alphaImageDst->alphaChannel < 1", "alphaImageDst->alphaChannel > alphaImageDst->nChannels"};
 
-bool checkOwnAlphaB(const RmgImage *srcImageB, const char *funcName) {
-    if (srcImageB->alphaChannel < 1)
-        return fail(funcName, "srcImageB->alphaChannel < 1", __LINE__);
-    if (srcImageB->alphaChannel > srcImageB->nChannels)
-        return fail(funcName, "srcImageB->alphaChannel > srcImageB->nChannels", __LINE__);
+bool checkAlphaChannel(const RmgImage *image, const AlphaChannelTexts &texts,
+                       const char *funcName) {
+    if (image->alphaChannel < 1) return fail(funcName, texts.none, __LINE__);
+    if (image->alphaChannel > image->nChannels) return fail(funcName, texts.beyond, __LINE__);
     return true;
 }
 
@@ -222,7 +225,7 @@ void runImage(const ImageCall &call, const RmgImage *srcImageA, const RmgImage *
 bool settleAlpha(const RmgImage *alphaImageA, const RmgImage *alphaImageB, RmgImage *alphaImageDst,
                  ImageCall *call, int *rows, int *columns) {
     if (alphaImageA == nullptr) {
-        if (!checkOwnAlphaA(call->srcImageA, kComposite)) return false;
+        if (!checkAlphaChannel(call->srcImageA, kAlphaOfA, kComposite)) return false;
         call->alphaA = call->srcImageA;
     } else {
         if (!checkImage(alphaImageA, "alphaImageA", kComposite, rows, columns)) return false;
@@ -236,7 +239,7 @@ bool settleAlpha(const RmgImage *alphaImageA, const RmgImage *alphaImageB, RmgIm
             return fail(kComposite, "alphaImageB->depth != dstImage->depth", __LINE__);
         call->alphaB = alphaImageB;
     } else if (alphaImageA == nullptr) {
-        if (!checkOwnAlphaB(call->srcImageB, kComposite)) return false;
+        if (!checkAlphaChannel(call->srcImageB, kAlphaOfB, kComposite)) return false;
         call->alphaB = call->srcImageB;
     } else {
         // One alpha image blends the two sources: B's alpha is the
@@ -247,12 +250,7 @@ bool settleAlpha(const RmgImage *alphaImageA, const RmgImage *alphaImageB, RmgIm
         if (!checkImage(alphaImageDst, "alphaImageDst", kComposite, rows, columns)) return false;
         if (alphaImageDst->depth != call->dstImage->depth)
             return fail(kComposite, "alphaImageDst->depth != dstImage->depth", __LINE__);
-        // Can't fail after the image block (see checkOwnAlphaA).
-        if (alphaImageDst->alphaChannel < 1)
-            return fail(kComposite, "alphaImageDst->alphaChannel < 1", __LINE__);
-        if (alphaImageDst->alphaChannel > alphaImageDst->nChannels)
-            return fail(kComposite, "alphaImageDst->alphaChannel > alphaImageDst->nChannels",
-                        __LINE__);
+        if (!checkAlphaChannel(alphaImageDst, kAlphaOfDst, kComposite)) return false;
         call->alphaDst = alphaImageDst;
     } else {
         call->alphaDst = call->dstImage->alphaChannel != 0 ? call->dstImage : nullptr;
@@ -350,8 +348,8 @@ extern "C" void rmgAlphaCompositeC(const RmgImage *srcImageA, const RmgImage *sr
     int rows = 99999;
     int columns = 99999;
     if (!checkOpening(srcImageA, srcImageB, dstImage, kCompositeC, &rows, &columns)) return;
-    if (alphaA < 0 && !checkOwnAlphaA(srcImageA, kCompositeC)) return;
-    if (alphaB < 0 && !checkOwnAlphaB(srcImageB, kCompositeC)) return;
+    if (alphaA < 0 && !checkAlphaChannel(srcImageA, kAlphaOfA, kCompositeC)) return;
+    if (alphaB < 0 && !checkAlphaChannel(srcImageB, kAlphaOfB, kCompositeC)) return;
     if (!checkClosing(srcImageA, srcImageB, dstImage, compositeType, premulAlpha, divideMode,
                       kCompositeC))
         return;

@@ -10,11 +10,28 @@
 #include <random>
 #include <vector>
 
+#include <gtest/gtest.h>
+
+#include <string>
+
 #include "alpha/alphatest.h"
 #include "alpha/rmgalpha.h"
 #include "rmg.h"
+#include "support/rmgtest.h"
 
 namespace compositetest {
+
+// The one report since the last clearing: `status` under `funcName` with
+// `context`, module "rmgalpha", and the status word set to it.
+inline void expectOneReport(int status, const char *funcName, const std::string &context) {
+    ASSERT_EQ(rmgtest::reports().size(), 1u);
+    const rmgtest::Report &r = rmgtest::reports()[0];
+    EXPECT_EQ(r.status, status);
+    EXPECT_EQ(r.funcName, funcName);
+    EXPECT_EQ(r.context, context);
+    EXPECT_EQ(r.fileName, "rmgalpha");
+    EXPECT_EQ(rmgGetErrStatus(), status);
+}
 
 using alphatest::Image;
 

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "alpha/alphatest.h"
+#include "alpha/test_rmgalpha_composite.h"
 #include "support/rmgtest.h"
 
 namespace {
@@ -49,13 +50,7 @@ protected:
     void expectRefused(Operation op, const std::string &text) {
         SCOPED_TRACE(kNames[op]);
         run(op);
-        EXPECT_EQ(rmgGetErrStatus(), RMG_StsBadArg);
-        ASSERT_EQ(rmgtest::reports().size(), 1u);
-        const rmgtest::Report &r = rmgtest::reports()[0];
-        EXPECT_EQ(r.status, RMG_StsBadArg);
-        EXPECT_EQ(r.funcName, kNames[op]);
-        EXPECT_EQ(r.context, text);
-        EXPECT_EQ(r.fileName, "rmgalpha");
+        compositetest::expectOneReport(RMG_StsBadArg, kNames[op], text);
         EXPECT_EQ(d.bytes(), untouched);
         EXPECT_EQ(alphaDst.bytes(), untouchedAlpha);
     }
@@ -124,24 +119,19 @@ TEST_F(CompositeChecks, ImageBlockOfSourceBThird) {
 // Steps 2 to 4: the depths.
 
 TEST_F(CompositeChecks, DestinationDepth) {
-    Image wideD(3, 0, RMG_DEPTH_32S, RMG_DATA_PIXEL, 4, 3, 5);
-    Image wideA(4, 4, RMG_DEPTH_32S, RMG_DATA_PIXEL, 4, 3, 5);
-    Image wideB(4, 4, RMG_DEPTH_32S, RMG_DATA_PIXEL, 4, 3, 5);
-    dst = wideD.image;
-    srcA = wideA.image;
-    srcB = wideB.image;
-    expectRefusedByBoth("dstImage->depth != 8 && dstImage->depth != 16");
-    EXPECT_EQ(wideD.bytes(), Bytes(wideD.bytes().size(), 0xEE));
-}
-
-TEST_F(CompositeChecks, DestinationDepthAfterTheBlocks) {
-    Image signedDst(3, 0, RMG_DEPTH_8S, RMG_DATA_PIXEL, 4, 3, 5);
-    Image signedA(4, 4, RMG_DEPTH_8S, RMG_DATA_PIXEL, 4, 3, 5);
-    dst = signedDst.image;
-    srcA = signedA.image;
-    expectRefused(kConst, "dstImage->depth != 8 && dstImage->depth != 16");
-    expectRefused(kImage, "dstImage->depth != 8 && dstImage->depth != 16");
-    EXPECT_EQ(signedDst.bytes(), Bytes(signedDst.bytes().size(), 0xEE));
+    // After the three blocks: a depth of this module's images only.
+    for (unsigned int depth : {RMG_DEPTH_8S, RMG_DEPTH_16S, RMG_DEPTH_32S, RMG_DEPTH_1U}) {
+        SCOPED_TRACE(depth);
+        const int channels = depth == RMG_DEPTH_1U ? 1 : 3;
+        Image other(channels, 0, depth, RMG_DATA_PIXEL, 4, 3, 5);
+        Image otherA(channels, 0, depth, RMG_DATA_PIXEL, 4, 3, 5);
+        Image otherB(channels, 0, depth, RMG_DATA_PIXEL, 4, 3, 5);
+        dst = other.image;
+        srcA = otherA.image;
+        srcB = otherB.image;
+        expectRefusedByBoth("dstImage->depth != 8 && dstImage->depth != 16");
+        EXPECT_EQ(other.bytes(), Bytes(other.bytes().size(), 0xEE));
+    }
 }
 
 TEST_F(CompositeChecks, DepthOfSourceA) {

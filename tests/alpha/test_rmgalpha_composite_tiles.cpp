@@ -273,14 +273,23 @@ TEST_F(CompositeTiles, AnImageInSeveralPlacesIsOneView) {
 }
 
 void expectTilingError(const char *funcName) {
-    ASSERT_EQ(rmgtest::reports().size(), 1u);
-    const rmgtest::Report &r = rmgtest::reports()[0];
-    EXPECT_EQ(r.status, RMG_StsError);
-    EXPECT_EQ(r.funcName, funcName);
-    EXPECT_EQ(r.context, "ERROR in Tiling callBack");
-    EXPECT_EQ(r.fileName, "rmgalpha");
-    EXPECT_EQ(rmgGetErrStatus(), RMG_StsError);
+    compositetest::expectOneReport(RMG_StsError, funcName, "ERROR in Tiling callBack");
 }
+
+// 8-bit images of one size and layout: two sources of random bytes, a
+// destination and a plain image for the expected result, both of 0xEE.
+struct RandomThree {
+    RandomThree(int nChannels, int height, int width, unsigned seed)
+        : a(nChannels, 0, RMG_DEPTH_8U, RMG_DATA_PIXEL, 4, height, width),
+          b(nChannels, 0, RMG_DEPTH_8U, RMG_DATA_PIXEL, 4, height, width),
+          d(nChannels, 0, RMG_DEPTH_8U, RMG_DATA_PIXEL, 4, height, width),
+          want(nChannels, 0, RMG_DEPTH_8U, RMG_DATA_PIXEL, 4, height, width) {
+        std::mt19937 rng(seed);
+        a.randomize(rng);
+        b.randomize(rng);
+    }
+    Image a, b, d, want;
+};
 
 TEST_F(CompositeTiles, ConstantFormTakesAllThreeViewsBeforeItLooks) {
     Image a(1, 0, RMG_DEPTH_8U, RMG_DATA_PIXEL, 8, 8, 8);
@@ -324,14 +333,8 @@ TEST_F(CompositeTiles, ImageFormLooksAfterTheThreeImagesAndAfterEachAlphaView) {
 
 TEST_F(CompositeTiles, RectanglesBeforeAFailedOneStayWritten) {
     // A destination of three tiles in a row; its third tile fails.
-    Image a(1, 0, RMG_DEPTH_8U, RMG_DATA_PIXEL, 8, 8, 24);
-    Image b(1, 0, RMG_DEPTH_8U, RMG_DATA_PIXEL, 8, 8, 24);
-    Image d(1, 0, RMG_DEPTH_8U, RMG_DATA_PIXEL, 8, 8, 24);
-    std::mt19937 rng(5);
-    a.randomize(rng);
-    b.randomize(rng);
-    Image plain(1, 0, RMG_DEPTH_8U, RMG_DATA_PIXEL, 8, 8, 24);
-    plain.setBytes(d.bytes());
+    RandomThree t(1, 8, 24, 5);
+    Image &a = t.a, &b = t.b, &d = t.d, &plain = t.want;
     rmgAlphaCompositeC(a.image, b.image, plain.image, RMG_COMPOSITE_XOR, 200, 100, 0, 0, nullptr);
     CallLog log;
     log.failAt = 2;
@@ -345,13 +348,8 @@ TEST_F(CompositeTiles, RectanglesBeforeAFailedOneStayWritten) {
 
 TEST_F(CompositeTiles, ATilePointOnAPlainDestinationIsIgnored) {
     // Only the source is tiled: the whole region is done.
-    Image a(3, 0, RMG_DEPTH_8U, RMG_DATA_PIXEL, 4, 20, 20);
-    Image b(3, 0, RMG_DEPTH_8U, RMG_DATA_PIXEL, 4, 20, 20);
-    Image d(3, 0, RMG_DEPTH_8U, RMG_DATA_PIXEL, 4, 20, 20);
-    Image want(3, 0, RMG_DEPTH_8U, RMG_DATA_PIXEL, 4, 20, 20);
-    std::mt19937 rng(6);
-    a.randomize(rng);
-    b.randomize(rng);
+    RandomThree t(3, 20, 20, 6);
+    Image &a = t.a, &b = t.b, &d = t.d, &want = t.want;
     rmgAlphaCompositeC(a.image, b.image, want.image, RMG_COMPOSITE_ATOP, 90, 160, 0, 0, nullptr);
     CallLog log;
     Tiled tA(a, 8, "A", &log);
