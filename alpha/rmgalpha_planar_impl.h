@@ -222,35 +222,26 @@ void vectorRow(const PlanarRow &r, size_t count) {
 // ---------------------------------------------------------------------------
 
 template <template <class, class> class Row, class S, class Op>
-constexpr void colourForms(PlanarRowFn (&out)[2][2]) {
-    out[0][0] = Row<S, ColourKernel<Op, false, false>>::fn;
-    out[0][1] = Row<S, ColourKernel<Op, false, true>>::fn;
-    out[1][0] = Row<S, ColourKernel<Op, true, false>>::fn;
-    out[1][1] = Row<S, ColourKernel<Op, true, true>>::fn;
+constexpr void operatorForms(PlanarRowFn (&colour)[2][2], PlanarRowFn (&alpha)[2]) {
+    colour[0][0] = Row<S, ColourKernel<Op, false, false>>::fn;
+    colour[0][1] = Row<S, ColourKernel<Op, false, true>>::fn;
+    colour[1][0] = Row<S, ColourKernel<Op, true, false>>::fn;
+    colour[1][1] = Row<S, ColourKernel<Op, true, true>>::fn;
+    alpha[0] = Row<S, AlphaRowKernel<Op, false>>::fn;
+    alpha[1] = Row<S, AlphaRowKernel<Op, true>>::fn;
 }
 
 template <template <class, class> class Row, class S>
 constexpr void depthForms(PlanarForms &f, int d) {
     f.mul[d] = Row<S, MulKernel>::fn;
     f.scale[d] = Row<S, ScaleKernel>::fn;
-    colourForms<Row, S, PlanarOver>(f.colour[d][0]);
-    colourForms<Row, S, PlanarIn>(f.colour[d][1]);
-    colourForms<Row, S, PlanarOut>(f.colour[d][2]);
-    colourForms<Row, S, PlanarAtop>(f.colour[d][3]);
-    colourForms<Row, S, PlanarXor>(f.colour[d][4]);
-    colourForms<Row, S, PlanarPlus>(f.colour[d][5]);
-    f.alpha[d][0][0] = Row<S, AlphaRowKernel<PlanarOver, false>>::fn;
-    f.alpha[d][0][1] = Row<S, AlphaRowKernel<PlanarOver, true>>::fn;
-    f.alpha[d][1][0] = Row<S, AlphaRowKernel<PlanarIn, false>>::fn;
-    f.alpha[d][1][1] = Row<S, AlphaRowKernel<PlanarIn, true>>::fn;
-    f.alpha[d][2][0] = Row<S, AlphaRowKernel<PlanarOut, false>>::fn;
-    f.alpha[d][2][1] = Row<S, AlphaRowKernel<PlanarOut, true>>::fn;
-    f.alpha[d][3][0] = Row<S, AlphaRowKernel<PlanarAtop, false>>::fn;
-    f.alpha[d][3][1] = Row<S, AlphaRowKernel<PlanarAtop, true>>::fn;
-    f.alpha[d][4][0] = Row<S, AlphaRowKernel<PlanarXor, false>>::fn;
-    f.alpha[d][4][1] = Row<S, AlphaRowKernel<PlanarXor, true>>::fn;
-    f.alpha[d][5][0] = Row<S, FillKernel>::fn;
-    f.alpha[d][5][1] = Row<S, AlphaRowKernel<PlanarPlus, true>>::fn;
+    operatorForms<Row, S, PlanarOver>(f.colour[d][0], f.alpha[d][0]);
+    operatorForms<Row, S, PlanarIn>(f.colour[d][1], f.alpha[d][1]);
+    operatorForms<Row, S, PlanarOut>(f.colour[d][2], f.alpha[d][2]);
+    operatorForms<Row, S, PlanarAtop>(f.colour[d][3], f.alpha[d][3]);
+    operatorForms<Row, S, PlanarXor>(f.colour[d][4], f.alpha[d][4]);
+    operatorForms<Row, S, PlanarPlus>(f.colour[d][5], f.alpha[d][5]);
+    f.alpha[d][5][0] = Row<S, FillKernel>::fn;  // a (+) ~a is M: nothing to read
 }
 
 template <class S, class K>
