@@ -31,11 +31,13 @@ struct Arg {
 inline Arg of(scetest::Plain &p) { return Arg{&p, nullptr}; }
 inline Arg of(scetest::Tiled &t) { return Arg{nullptr, &t}; }
 
-// What the operation saw of one view.
+// What the operation saw of one view (the header itself is gone after the
+// walk; its address only tells views apart).
 struct ViewSeen {
     const RmgImage *header;
     const unsigned char *imageData;
     RmgROI roi;
+    int height, width;
 };
 
 // One run of the kernel: the set's rectangle, the size the walk gave, the

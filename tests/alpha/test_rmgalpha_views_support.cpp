@@ -75,7 +75,7 @@ bool Increment::run(void *context, RmgTileViews *set, int rows, int columns) {
             return false;
         }
         views.push_back(view);
-        seen.views.push_back(ViewSeen{view, view->imageData, *view->roi});
+        seen.views.push_back(ViewSeen{view, view->imageData, *view->roi, view->height, view->width});
     }
     self->runs.push_back(seen);
     RmgImage *dst = views[0];

@@ -118,8 +118,8 @@ TEST_F(ViewsWalkTest, RegionInsideOneTileRunsInTheTilesMemory) {
     const Increment op = walkIncrement(dst.image, of(dst), of(src), nullptr, 30, 40);
     ASSERT_EQ(op.runs.size(), 1u);
     EXPECT_EQ(op.runs[0].views[0].imageData, dst.tiles.at({0, 0}).data());
-    EXPECT_EQ(op.runs[0].views[0].header->width, 64);
-    EXPECT_EQ(op.runs[0].views[0].header->height, 64);
+    EXPECT_EQ(op.runs[0].views[0].width, 64);
+    EXPECT_EQ(op.runs[0].views[0].height, 64);
     EXPECT_EQ(op.runs[0].views[0].roi.xOffset, 10);
     EXPECT_EQ(op.runs[0].views[0].roi.yOffset, 20);
     EXPECT_EQ(dst.calls, getPut({{0, 0}}, RMG_TILE_WRITE));
@@ -147,7 +147,7 @@ TEST_F(ViewsWalkTest, SourceInSmallerTilesIsGatheredOnTheDestinationsGrid) {
     // The source's view is the scratch image, the destination's the tile.
     ASSERT_EQ(op.runs.size(), 2u);
     EXPECT_EQ(op.runs[1].views[0].imageData, dst.tiles.at({1, 0}).data());
-    EXPECT_EQ(op.runs[1].views[1].header->width, 64);
+    EXPECT_EQ(op.runs[1].views[1].width, 64);
     EXPECT_NE(op.runs[1].views[1].imageData, src.tiles.at({2, 0}).data());
     expectTilesEqual(dst, expectTiles(dst, of(src), 64, 128));
     viewstest::expectTilesFresh(src);
@@ -223,7 +223,7 @@ TEST_F(ViewsWalkTest, WriteViewsAcrossTilesAreScatteredAndSkippedChannelsKept) {
                                               {28, 0, 22, 32},
                                               {0, 32, 28, 18},
                                               {28, 32, 22, 18}}));
-    for (const auto &run : op.runs) EXPECT_EQ(run.views[0].header->width, 32);
+    for (const auto &run : op.runs) EXPECT_EQ(run.views[0].width, 32);
     expectTilesEqual(dst, expectTiles(dst, of(src), 50, 50, 0x1234));
     // Each destination tile asked for once per rectangle that touches it,
     // and released as often.
