@@ -9,6 +9,11 @@
 // image of the set's tile size and, for an image that is written, copied
 // back into them when the view is put. All headers made here are plain
 // (no tileInfo), so the kernels see images in memory.
+//
+// The gather and the scatter are rmgCopy calls, and rmgCopy does nothing
+// while the status is negative: after an earlier failure a gathered view
+// holds what the scratch image held, and nothing is scattered back, while
+// views in a tile's own memory are written as always.
 #include "alpha/rmgalpha_views.h"
 
 #include <cstdlib>

@@ -13,21 +13,25 @@
 
 namespace {
 
-using copytest::Call;
 using scetest::Plain;
 using scetest::Tiled;
 using scetest::TileCall;
+using viewstest::logCalls;
+using viewstest::oneEntrySet;
+using viewstest::Rect;
+using viewstest::tileCalls;
 
 class ViewsTest : public rmgtest::ErrorStateTest {};
 
-std::vector<TileCall> reads(std::initializer_list<std::pair<int, int>> tiles, int mode) {
-    std::vector<TileCall> calls;
-    for (const auto &t : tiles) calls.push_back(TileCall{t.first, t.second, mode});
+const viewstest::Tiles kNine = {{0, 0}, {1, 0}, {2, 0}, {0, 1}, {1, 1},
+                                {2, 1}, {0, 2}, {1, 2}, {2, 2}};
+
+// The calls of a gather over the nine tiles in `mode`, then of their release.
+std::vector<TileCall> nineAndReleased(int mode) {
+    std::vector<TileCall> calls = tileCalls(kNine, mode);
+    for (const TileCall &c : tileCalls(kNine, RMG_TILE_RELEASE)) calls.push_back(c);
     return calls;
 }
-
-const std::initializer_list<std::pair<int, int>> kNine = {{0, 0}, {1, 0}, {2, 0}, {0, 1}, {1, 1},
-                                                         {2, 1}, {0, 2}, {1, 2}, {2, 2}};
 
 void expectRoi(const RmgROI *roi, int coi, int x, int y, int height, int width) {
     ASSERT_NE(roi, nullptr);
@@ -113,10 +117,8 @@ TEST_F(ViewsTest, AddMakesHeadersAndKeepsTheFirstMode) {
 TEST_F(ViewsTest, PlainImageIsShownThroughItsShadowHeader) {
     Plain plain(3, RMG_DEPTH_8U, RMG_DATA_PIXEL, 4, 30, 40);
     plain.setRoi(2, 5, 7, 20, 30);
-    RmgTileViews *set = ownViewsCreate(1, 16, 16);
-    const int i = ownViewsAdd(set, plain.image, RMG_TILE_WRITE);
-    ownViewsSetRect(set, 3, 4, 12, 16);
-    RmgImage *view = ownViewsGet(set, i);
+    RmgTileViews *set = oneEntrySet(plain.image, RMG_TILE_WRITE, 16, 16, Rect{3, 4, 12, 16});
+    RmgImage *view = ownViewsGet(set, 1);
     ASSERT_EQ(view, set->views[0].gatherHeader);
     EXPECT_EQ(view->imageData, plain.image->imageData);
     expectRoi(view->roi, 2, 8, 11, 16, 12);
@@ -130,9 +132,8 @@ TEST_F(ViewsTest, PlainImageIsShownThroughItsShadowHeader) {
 TEST_F(ViewsTest, RegionInsideOneTileWorksInTheTilesOwnMemory) {
     Tiled tiled(1, RMG_DEPTH_8U, RMG_DATA_PIXEL, 4, 128, 128, 64, 64);
     tiled.setRoi(0, 70, 66, 40, 40);
-    RmgTileViews *set = ownViewsCreate(1, 64, 64);
-    const int i = ownViewsAdd(set, tiled.image, RMG_TILE_WRITE);
-    ownViewsSetRect(set, 2, 3, 20, 30);
+    RmgTileViews *set = oneEntrySet(tiled.image, RMG_TILE_WRITE, 64, 64, Rect{2, 3, 20, 30});
+    const int i = 1;
     RmgImage *view = ownViewsGet(set, i);
     ASSERT_NE(view, nullptr);
     EXPECT_EQ(view, set->views[0].tileHeader);
@@ -144,7 +145,7 @@ TEST_F(ViewsTest, RegionInsideOneTileWorksInTheTilesOwnMemory) {
     // A second get in the rectangle is the same view, without a call.
     EXPECT_EQ(ownViewsGet(set, i), view);
     EXPECT_EQ(set->views[0].useCount, 2);
-    EXPECT_EQ(tiled.calls, reads({{1, 1}}, RMG_TILE_WRITE));
+    EXPECT_EQ(tiled.calls, tileCalls({{1, 1}}, RMG_TILE_WRITE));
     // Written in place: the put only releases.
     view->imageData[5 * 64 + 8] = 0xAB;
     ownViewsPut(set, i);
@@ -158,10 +159,8 @@ TEST_F(ViewsTest, RegionInsideOneTileWorksInTheTilesOwnMemory) {
 TEST_F(ViewsTest, ReadViewAcrossTilesIsGatheredAndOnlyReleased) {
     Tiled tiled(3, RMG_DEPTH_16U, RMG_DATA_PIXEL, 4, 64, 64, 8, 8);
     tiled.setRoi(2, 4, 2, 30, 30);
-    RmgTileViews *set = ownViewsCreate(1, 16, 16);
-    const int i = ownViewsAdd(set, tiled.image, RMG_TILE_READ);
-    ownViewsSetRect(set, 0, 2, 16, 16);
-    RmgImage *view = ownViewsGet(set, i);
+    RmgTileViews *set = oneEntrySet(tiled.image, RMG_TILE_READ, 16, 16, Rect{0, 2, 16, 16});
+    RmgImage *view = ownViewsGet(set, 1);
     const RmgTileView &e = set->views[0];
     ASSERT_NE(view, nullptr);
     EXPECT_EQ(view, e.gatherHeader);
@@ -172,7 +171,7 @@ TEST_F(ViewsTest, ReadViewAcrossTilesIsGatheredAndOnlyReleased) {
     EXPECT_EQ(e.lastColumn, 2);
     EXPECT_EQ(e.firstRow, 0);
     EXPECT_EQ(e.lastRow, 2);
-    EXPECT_EQ(tiled.calls, reads(kNine, RMG_TILE_READ));
+    EXPECT_EQ(tiled.calls, tileCalls(kNine, RMG_TILE_READ));
     // All channels are gathered, whatever the coi.
     const scetest::Layout layout{3, RMG_DEPTH_16U, RMG_DATA_PIXEL, 4, 16, 16};
     std::vector<uint8_t> scratch(view->imageData, view->imageData + view->imageSize);
@@ -183,9 +182,7 @@ TEST_F(ViewsTest, ReadViewAcrossTilesIsGatheredAndOnlyReleased) {
                           tiled.element(4 + x, 4 + y, ch))
                     << x << ", " << y << ", " << ch;
     ownViewsPutAll(set);
-    std::vector<TileCall> want = reads(kNine, RMG_TILE_READ);
-    for (const TileCall &c : reads(kNine, RMG_TILE_RELEASE)) want.push_back(c);
-    EXPECT_EQ(tiled.calls, want);
+    EXPECT_EQ(tiled.calls, nineAndReleased(RMG_TILE_READ));
     viewstest::expectTilesFresh(tiled);
     EXPECT_EQ(ownViewsFree(set), 0);
     EXPECT_TRUE(rmgtest::reports().empty());
@@ -193,12 +190,10 @@ TEST_F(ViewsTest, ReadViewAcrossTilesIsGatheredAndOnlyReleased) {
 
 TEST_F(ViewsTest, WriteViewAcrossTilesIsGatheredThenScattered) {
     Tiled tiled(2, RMG_DEPTH_8U, RMG_DATA_PLANE, 8, 32, 32, 8, 8);
-    RmgTileViews *set = ownViewsCreate(1, 16, 16);
-    const int i = ownViewsAdd(set, tiled.image, RMG_TILE_WRITE);
-    ownViewsSetRect(set, 4, 4, 16, 16);
-    RmgImage *view = ownViewsGet(set, i);
+    RmgTileViews *set = oneEntrySet(tiled.image, RMG_TILE_WRITE, 16, 16, Rect{4, 4, 16, 16});
+    RmgImage *view = ownViewsGet(set, 1);
     ASSERT_NE(view, nullptr);
-    EXPECT_EQ(tiled.calls, reads(kNine, RMG_TILE_WRITE));
+    EXPECT_EQ(tiled.calls, tileCalls(kNine, RMG_TILE_WRITE));
     // The old pixels are there before anything is written; change channel
     // 2 only, channel 1 keeps its values through the scatter.
     const scetest::Layout layout{2, RMG_DEPTH_8U, RMG_DATA_PLANE, 8, 16, 16};
@@ -213,10 +208,8 @@ TEST_F(ViewsTest, WriteViewAcrossTilesIsGatheredThenScattered) {
                                 (4 + x) % 8, (4 + y) % 8, 1, v);
         }
     std::copy(scratch.begin(), scratch.end(), view->imageData);
-    ownViewsPut(set, i);
-    std::vector<TileCall> calls = reads(kNine, RMG_TILE_WRITE);
-    for (const TileCall &c : reads(kNine, RMG_TILE_RELEASE)) calls.push_back(c);
-    EXPECT_EQ(tiled.calls, calls);
+    ownViewsPut(set, 1);
+    EXPECT_EQ(tiled.calls, nineAndReleased(RMG_TILE_WRITE));
     viewstest::expectTilesEqual(tiled, want);
     EXPECT_EQ(ownViewsFree(set), 0);
 }
@@ -224,18 +217,16 @@ TEST_F(ViewsTest, WriteViewAcrossTilesIsGatheredThenScattered) {
 TEST_F(ViewsTest, NullTileInAGatherStopsGetAndPutThere) {
     Tiled tiled(1, RMG_DEPTH_8U, RMG_DATA_PIXEL, 4, 32, 32, 8, 8);
     tiled.failing = {{1, 1}};
-    RmgTileViews *set = ownViewsCreate(1, 16, 16);
-    const int i = ownViewsAdd(set, tiled.image, RMG_TILE_WRITE);
-    ownViewsSetRect(set, 4, 4, 16, 16);
-    EXPECT_EQ(ownViewsGet(set, i), nullptr);
+    RmgTileViews *set = oneEntrySet(tiled.image, RMG_TILE_WRITE, 16, 16, Rect{4, 4, 16, 16});
+    EXPECT_EQ(ownViewsGet(set, 1), nullptr);
     EXPECT_EQ(set->failed, 1);
     // The same entry again in this rectangle: null as well, no call.
-    EXPECT_EQ(ownViewsGet(set, i), nullptr);
-    EXPECT_EQ(tiled.calls, reads({{0, 0}, {1, 0}, {2, 0}, {0, 1}, {1, 1}}, RMG_TILE_WRITE));
+    EXPECT_EQ(ownViewsGet(set, 1), nullptr);
+    EXPECT_EQ(tiled.calls, tileCalls({{0, 0}, {1, 0}, {2, 0}, {0, 1}, {1, 1}}, RMG_TILE_WRITE));
     tiled.calls.clear();
     EXPECT_EQ(ownViewsFree(set), 1);
     // The put gave back the four tiles before the null one, in get order.
-    EXPECT_EQ(tiled.calls, reads({{0, 0}, {1, 0}, {2, 0}, {0, 1}}, RMG_TILE_RELEASE));
+    EXPECT_EQ(tiled.calls, tileCalls({{0, 0}, {1, 0}, {2, 0}, {0, 1}}, RMG_TILE_RELEASE));
     viewstest::expectTilesFresh(tiled);
     EXPECT_TRUE(rmgtest::reports().empty());
 }
@@ -243,12 +234,10 @@ TEST_F(ViewsTest, NullTileInAGatherStopsGetAndPutThere) {
 TEST_F(ViewsTest, NullSingleTileIsNotReleased) {
     Tiled tiled(1, RMG_DEPTH_8U, RMG_DATA_PIXEL, 4, 32, 32, 16, 16);
     tiled.failing = {{1, 0}};
-    RmgTileViews *set = ownViewsCreate(1, 16, 16);
-    const int i = ownViewsAdd(set, tiled.image, RMG_TILE_READ);
-    ownViewsSetRect(set, 16, 0, 16, 16);
-    EXPECT_EQ(ownViewsGet(set, i), nullptr);
+    RmgTileViews *set = oneEntrySet(tiled.image, RMG_TILE_READ, 16, 16, Rect{16, 0, 16, 16});
+    EXPECT_EQ(ownViewsGet(set, 1), nullptr);
     EXPECT_EQ(ownViewsFree(set), 1);
-    EXPECT_EQ(tiled.calls, reads({{1, 0}}, RMG_TILE_READ));
+    EXPECT_EQ(tiled.calls, tileCalls({{1, 0}}, RMG_TILE_READ));
 }
 
 TEST_F(ViewsTest, FreeGivesBackOpenViews) {
@@ -263,36 +252,29 @@ TEST_F(ViewsTest, FreeGivesBackOpenViews) {
     ASSERT_NE(ownViewsGet(set, 2), nullptr);
     ASSERT_NE(ownViewsGet(set, 1), nullptr);
     EXPECT_EQ(ownViewsFree(set), 0);
-    EXPECT_EQ(log.calls, (std::vector<Call>{{'D', 0, 1, RMG_TILE_WRITE},
-                                             {'S', 0, 2, RMG_TILE_READ},
-                                             {'S', 1, 2, RMG_TILE_READ},
-                                             {'S', 0, 3, RMG_TILE_READ},
-                                             {'S', 1, 3, RMG_TILE_READ},
-                                             {'S', 0, 2, RMG_TILE_RELEASE},
-                                             {'S', 1, 2, RMG_TILE_RELEASE},
-                                             {'S', 0, 3, RMG_TILE_RELEASE},
-                                             {'S', 1, 3, RMG_TILE_RELEASE},
-                                             {'D', 0, 1, RMG_TILE_RELEASE}}));
+    const viewstest::Tiles four = {{0, 2}, {1, 2}, {0, 3}, {1, 3}};
+    EXPECT_EQ(log.calls, copytest::joined({logCalls('D', {{0, 1}}, RMG_TILE_WRITE),
+                                           logCalls('S', four, RMG_TILE_READ),
+                                           logCalls('S', four, RMG_TILE_RELEASE),
+                                           logCalls('D', {{0, 1}}, RMG_TILE_RELEASE)}));
 }
 
 // The scratch image and the table hold a rectangle of the set's tile size;
 // a larger one is cut to that size, so a view never reaches beyond them.
 TEST_F(ViewsTest, RectangleLargerThanTheSetsTileIsCut) {
     Tiled tiled(1, RMG_DEPTH_8U, RMG_DATA_PIXEL, 4, 64, 64, 8, 8);
-    RmgTileViews *set = ownViewsCreate(1, 16, 8);
-    const int i = ownViewsAdd(set, tiled.image, RMG_TILE_WRITE);
-    ownViewsSetRect(set, 4, 2, 40, 30);
+    RmgTileViews *set = oneEntrySet(tiled.image, RMG_TILE_WRITE, 16, 8, Rect{4, 2, 40, 30});
     EXPECT_EQ(set->rectX, 4);
     EXPECT_EQ(set->rectY, 2);
     EXPECT_EQ(set->rectWidth, 16);
     EXPECT_EQ(set->rectHeight, 8);
-    RmgImage *view = ownViewsGet(set, i);
+    RmgImage *view = ownViewsGet(set, 1);
     ASSERT_NE(view, nullptr);
     EXPECT_EQ(view->width, 16);
     EXPECT_EQ(view->height, 8);
     expectRoi(view->roi, 0, 0, 0, 8, 16);
     EXPECT_EQ(tiled.calls,
-              reads({{0, 0}, {1, 0}, {2, 0}, {0, 1}, {1, 1}, {2, 1}}, RMG_TILE_WRITE));
+              tileCalls({{0, 0}, {1, 0}, {2, 0}, {0, 1}, {1, 1}, {2, 1}}, RMG_TILE_WRITE));
     EXPECT_EQ(ownViewsFree(set), 0);
     viewstest::expectTilesFresh(tiled);
 }

@@ -9,11 +9,14 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <initializer_list>
 #include <map>
+#include <ostream>
 #include <utility>
 #include <vector>
 
 #include "alpha/rmgalpha_views.h"
+#include "ops/copytest.h"
 #include "ops/scetest.h"
 #include "rmg.h"
 
@@ -79,6 +82,30 @@ std::vector<uint8_t> expectPlain(const scetest::Plain &dst, Arg src, int rows, i
 std::map<std::pair<int, int>, std::vector<uint8_t>> expectTiles(const scetest::Tiled &dst,
                                                                 Arg src, int rows, int columns,
                                                                 uint32_t step = 1);
+
+// A rectangle of a walk, relative to the ROI origins.
+struct Rect {
+    int x, y, width, height;
+    bool operator==(const Rect &o) const {
+        return x == o.x && y == o.y && width == o.width && height == o.height;
+    }
+};
+std::ostream &operator<<(std::ostream &os, const Rect &r);
+
+// The rectangles of a walk whose steps have these widths and whose bands
+// these heights: bands outermost, from (0, 0).
+std::vector<Rect> crossRects(std::initializer_list<int> widths, std::initializer_list<int> heights);
+
+// One call for each tile (column, row) in `mode`; the same in the shared
+// log, under an image's name.
+using Tiles = std::initializer_list<std::pair<int, int>>;
+std::vector<scetest::TileCall> tileCalls(Tiles tiles, int mode);
+std::vector<copytest::Call> logCalls(char name, Tiles tiles, int mode);
+
+// A set of one entry for `image` in `mode`, with the set's tile size and
+// the current rectangle given; the entry's index is 1.
+RmgTileViews *oneEntrySet(const RmgImage *image, int mode, int tileWidth, int tileHeight,
+                          const Rect &rect);
 
 // Asserts the tiles of `t` are those of `want`, each byte.
 void expectTilesEqual(const scetest::Tiled &t,

@@ -145,6 +145,44 @@ std::map<std::pair<int, int>, std::vector<uint8_t>> expectTiles(const scetest::T
     return want;
 }
 
+std::ostream &operator<<(std::ostream &os, const Rect &r) {
+    return os << "(" << r.x << ", " << r.y << ", " << r.width << ", " << r.height << ")";
+}
+
+std::vector<Rect> crossRects(std::initializer_list<int> widths, std::initializer_list<int> heights) {
+    std::vector<Rect> rects;
+    int y = 0;
+    for (int h : heights) {
+        int x = 0;
+        for (int w : widths) {
+            rects.push_back(Rect{x, y, w, h});
+            x += w;
+        }
+        y += h;
+    }
+    return rects;
+}
+
+std::vector<scetest::TileCall> tileCalls(Tiles tiles, int mode) {
+    std::vector<scetest::TileCall> calls;
+    for (const auto &t : tiles) calls.push_back(scetest::TileCall{t.first, t.second, mode});
+    return calls;
+}
+
+std::vector<copytest::Call> logCalls(char name, Tiles tiles, int mode) {
+    std::vector<copytest::Call> calls;
+    for (const auto &t : tiles) calls.push_back(copytest::Call{name, t.first, t.second, mode});
+    return calls;
+}
+
+RmgTileViews *oneEntrySet(const RmgImage *image, int mode, int tileWidth, int tileHeight,
+                          const Rect &rect) {
+    RmgTileViews *set = ownViewsCreate(1, tileWidth, tileHeight);
+    EXPECT_EQ(ownViewsAdd(set, image, mode), 1);
+    ownViewsSetRect(set, rect.x, rect.y, rect.width, rect.height);
+    return set;
+}
+
 void expectTilesEqual(const scetest::Tiled &t,
                       const std::map<std::pair<int, int>, std::vector<uint8_t>> &want) {
     ASSERT_EQ(t.tiles.size(), want.size());

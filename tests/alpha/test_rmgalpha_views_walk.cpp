@@ -25,18 +25,11 @@ using viewstest::Increment;
 using viewstest::of;
 using viewstest::walkIncrement;
 
+using viewstest::crossRects;
+using viewstest::logCalls;
+using viewstest::Rect;
+
 class ViewsWalkTest : public rmgtest::ErrorStateTest {};
-
-struct Rect {
-    int x, y, width, height;
-    bool operator==(const Rect &o) const {
-        return x == o.x && y == o.y && width == o.width && height == o.height;
-    }
-};
-
-std::ostream &operator<<(std::ostream &os, const Rect &r) {
-    return os << "(" << r.x << ", " << r.y << ", " << r.width << ", " << r.height << ")";
-}
 
 // The rectangles of the runs, checking that each run got the rectangle's
 // size as rows and columns.
@@ -66,7 +59,7 @@ void expectOneReport(const char *funcName) {
 
 // A tiled destination's tile calls, for each tile (column, row) in order:
 // asked for with `mode`, then released.
-std::vector<TileCall> getPut(std::initializer_list<std::pair<int, int>> tiles, int mode) {
+std::vector<TileCall> getPut(viewstest::Tiles tiles, int mode) {
     std::vector<TileCall> calls;
     for (const auto &t : tiles) {
         calls.push_back(TileCall{t.first, t.second, mode});
@@ -75,47 +68,45 @@ std::vector<TileCall> getPut(std::initializer_list<std::pair<int, int>> tiles, i
     return calls;
 }
 
+// The walk on a tiled destination's own grid from a plain source, the
+// destination's tiles checked against the model and no report expected.
+Increment incrementTiled(Tiled &dst, Plain &src, int rows, int columns) {
+    Increment op = walkIncrement(dst.image, of(dst), of(src), nullptr, rows, columns);
+    expectTilesEqual(dst, expectTiles(dst, of(src), rows, columns));
+    expectNoReport();
+    return op;
+}
+
 TEST_F(ViewsWalkTest, RoiAtTwentyWithTilesSixteenWideStepsTwelveThenSixteen) {
     Tiled dst(1, RMG_DEPTH_8U, RMG_DATA_PIXEL, 4, 48, 64, 16, 16);
     dst.setRoi(0, 20, 0, 16, 40);
     Plain src(1, RMG_DEPTH_8U, RMG_DATA_PIXEL, 4, 16, 40, 0);
-    const Increment op = walkIncrement(dst.image, of(dst), of(src), nullptr, 16, 40);
+    const Increment op = incrementTiled(dst, src, 16, 40);
     EXPECT_EQ(op.adds, 1);
-    EXPECT_EQ(rectsOf(op), (std::vector<Rect>{{0, 0, 12, 16}, {12, 0, 16, 16}, {28, 0, 12, 16}}));
+    EXPECT_EQ(rectsOf(op), crossRects({12, 16, 12}, {16}));
     EXPECT_EQ(dst.calls, getPut({{1, 0}, {2, 0}, {3, 0}}, RMG_TILE_WRITE));
     // The first view lies in tile 1 from column 4; the others from 0.
     ASSERT_EQ(op.runs.size(), 3u);
     EXPECT_EQ(op.runs[0].views[0].roi.xOffset, 4);
     EXPECT_EQ(op.runs[1].views[0].roi.xOffset, 0);
     EXPECT_EQ(op.runs[2].views[0].roi.xOffset, 0);
-    expectTilesEqual(dst, expectTiles(dst, of(src), 16, 40));
-    expectNoReport();
 }
 
 TEST_F(ViewsWalkTest, BandsAndStepsEndOnTheGridImagesTileBoundaries) {
     Tiled dst(1, RMG_DEPTH_8U, RMG_DATA_PIXEL, 4, 64, 64, 16, 8);
     dst.setRoi(0, 5, 3, 20, 30);
     Plain src(1, RMG_DEPTH_8U, RMG_DATA_PIXEL, 4, 20, 30, 0);
-    const Increment op = walkIncrement(dst.image, of(dst), of(src), nullptr, 20, 30);
+    const Increment op = incrementTiled(dst, src, 20, 30);
     // Bands of 5, 8, 7 rows (3 + 5 = 8); steps of 11, 16, 3 columns.
-    EXPECT_EQ(rectsOf(op), (std::vector<Rect>{{0, 0, 11, 5},
-                                              {11, 0, 16, 5},
-                                              {27, 0, 3, 5},
-                                              {0, 5, 11, 8},
-                                              {11, 5, 16, 8},
-                                              {27, 5, 3, 8},
-                                              {0, 13, 11, 7},
-                                              {11, 13, 16, 7},
-                                              {27, 13, 3, 7}}));
-    expectTilesEqual(dst, expectTiles(dst, of(src), 20, 30));
-    expectNoReport();
+    EXPECT_EQ(rectsOf(op), crossRects({11, 16, 3}, {5, 8, 7}));
+    EXPECT_EQ(rectsOf(op)[4], (Rect{11, 5, 16, 8}));
 }
 
 TEST_F(ViewsWalkTest, RegionInsideOneTileRunsInTheTilesMemory) {
     Tiled dst(2, RMG_DEPTH_16U, RMG_DATA_PIXEL, 4, 64, 64, 64, 64);
     dst.setRoi(0, 10, 20, 30, 40);
     Plain src(2, RMG_DEPTH_16U, RMG_DATA_PIXEL, 4, 30, 40, 0);
-    const Increment op = walkIncrement(dst.image, of(dst), of(src), nullptr, 30, 40);
+    const Increment op = incrementTiled(dst, src, 30, 40);
     ASSERT_EQ(op.runs.size(), 1u);
     EXPECT_EQ(op.runs[0].views[0].imageData, dst.tiles.at({0, 0}).data());
     EXPECT_EQ(op.runs[0].views[0].width, 64);
@@ -123,8 +114,6 @@ TEST_F(ViewsWalkTest, RegionInsideOneTileRunsInTheTilesMemory) {
     EXPECT_EQ(op.runs[0].views[0].roi.xOffset, 10);
     EXPECT_EQ(op.runs[0].views[0].roi.yOffset, 20);
     EXPECT_EQ(dst.calls, getPut({{0, 0}}, RMG_TILE_WRITE));
-    expectTilesEqual(dst, expectTiles(dst, of(src), 30, 40));
-    expectNoReport();
 }
 
 TEST_F(ViewsWalkTest, SourceInSmallerTilesIsGatheredOnTheDestinationsGrid) {
@@ -133,17 +122,17 @@ TEST_F(ViewsWalkTest, SourceInSmallerTilesIsGatheredOnTheDestinationsGrid) {
     CallLog log;
     log.watchPair(src, dst);
     const Increment op = walkIncrement(dst.image, of(dst), of(src), nullptr, 64, 128);
-    EXPECT_EQ(rectsOf(op), (std::vector<Rect>{{0, 0, 64, 64}, {64, 0, 64, 64}}));
-    std::vector<Call> want;
-    for (int t = 0; t < 2; ++t) {
-        const std::vector<std::pair<int, int>> parts = {
-            {2 * t, 0}, {2 * t + 1, 0}, {2 * t, 1}, {2 * t + 1, 1}};
-        want.push_back({'D', t, 0, RMG_TILE_WRITE});
-        for (const auto &p : parts) want.push_back({'S', p.first, p.second, RMG_TILE_READ});
-        want.push_back({'D', t, 0, RMG_TILE_RELEASE});
-        for (const auto &p : parts) want.push_back({'S', p.first, p.second, RMG_TILE_RELEASE});
-    }
-    EXPECT_EQ(log.calls, want);
+    EXPECT_EQ(rectsOf(op), crossRects({64, 64}, {64}));
+    const viewstest::Tiles left = {{0, 0}, {1, 0}, {0, 1}, {1, 1}};
+    const viewstest::Tiles right = {{2, 0}, {3, 0}, {2, 1}, {3, 1}};
+    EXPECT_EQ(log.calls, copytest::joined({logCalls('D', {{0, 0}}, RMG_TILE_WRITE),
+                                           logCalls('S', left, RMG_TILE_READ),
+                                           logCalls('D', {{0, 0}}, RMG_TILE_RELEASE),
+                                           logCalls('S', left, RMG_TILE_RELEASE),
+                                           logCalls('D', {{1, 0}}, RMG_TILE_WRITE),
+                                           logCalls('S', right, RMG_TILE_READ),
+                                           logCalls('D', {{1, 0}}, RMG_TILE_RELEASE),
+                                           logCalls('S', right, RMG_TILE_RELEASE)}));
     // The source's view is the scratch image, the destination's the tile.
     ASSERT_EQ(op.runs.size(), 2u);
     EXPECT_EQ(op.runs[1].views[0].imageData, dst.tiles.at({1, 0}).data());
@@ -160,15 +149,7 @@ TEST_F(ViewsWalkTest, PlainDestinationGoesBySourcesGridThroughItsShadowHeader) {
     Tiled src(3, RMG_DEPTH_8U, RMG_DATA_PLANE, 8, 64, 64, 16, 16);
     src.setRoi(0, 20, 8, 30, 40);
     const Increment op = walkIncrement(src.image, of(dst), of(src), nullptr, 30, 40);
-    EXPECT_EQ(rectsOf(op), (std::vector<Rect>{{0, 0, 12, 8},
-                                              {12, 0, 16, 8},
-                                              {28, 0, 12, 8},
-                                              {0, 8, 12, 16},
-                                              {12, 8, 16, 16},
-                                              {28, 8, 12, 16},
-                                              {0, 24, 12, 6},
-                                              {12, 24, 16, 6},
-                                              {28, 24, 12, 6}}));
+    EXPECT_EQ(rectsOf(op), crossRects({12, 16, 12}, {8, 16, 6}));
     for (const auto &run : op.runs) {
         EXPECT_EQ(run.views[0].imageData, dst.image->imageData);
         EXPECT_EQ(run.views[0].roi.xOffset, 6 + run.rectX);
@@ -190,7 +171,7 @@ TEST_F(ViewsWalkTest, SameTiledImageIsOneEntryInWriteMode) {
     op.images = {img.image, img.image};
     ownViewsWalk("rmgTest", img.image, img.image, nullptr, 16, 16, 2, Increment::ops, &op);
     EXPECT_EQ(op.index, (std::vector<int>{1, 1}));
-    EXPECT_EQ(rectsOf(op), (std::vector<Rect>{{0, 0, 8, 16}, {8, 0, 8, 16}}));
+    EXPECT_EQ(rectsOf(op), crossRects({8, 8}, {16}));
     // One get a rectangle, for writing; source and destination are one view.
     EXPECT_EQ(img.calls, getPut({{0, 0}, {1, 0}}, RMG_TILE_WRITE));
     for (const auto &run : op.runs) EXPECT_EQ(run.views[0].header, run.views[1].header);
@@ -219,10 +200,7 @@ TEST_F(ViewsWalkTest, WriteViewsAcrossTilesAreScatteredAndSkippedChannelsKept) {
     dst.image->alphaChannel = 2;
     dst.setRoi(0, 3, 5, 50, 50);
     const Increment op = walkIncrement(src.image, of(dst), of(src), nullptr, 50, 50, 0x1234);
-    EXPECT_EQ(rectsOf(op), (std::vector<Rect>{{0, 0, 28, 32},
-                                              {28, 0, 22, 32},
-                                              {0, 32, 28, 18},
-                                              {28, 32, 22, 18}}));
+    EXPECT_EQ(rectsOf(op), crossRects({28, 22}, {32, 18}));
     for (const auto &run : op.runs) EXPECT_EQ(run.views[0].width, 32);
     expectTilesEqual(dst, expectTiles(dst, of(src), 50, 50, 0x1234));
     // Each destination tile asked for once per rectangle that touches it,
@@ -307,11 +285,9 @@ TEST_F(ViewsWalkTest, NullTileOnTheThirdRectangleKeepsTheFirstTwoAndReportsOnce)
     const Increment op = walkIncrement(dst.image, of(dst), of(src), nullptr, 16, 64);
     EXPECT_EQ(op.runs.size(), 3u);
     // Tile 2 came back null: not released, and the walk ends.
-    EXPECT_EQ(dst.calls, (std::vector<TileCall>{{0, 0, RMG_TILE_WRITE},
-                                                {0, 0, RMG_TILE_RELEASE},
-                                                {1, 0, RMG_TILE_WRITE},
-                                                {1, 0, RMG_TILE_RELEASE},
-                                                {2, 0, RMG_TILE_WRITE}}));
+    std::vector<TileCall> calls = getPut({{0, 0}, {1, 0}}, RMG_TILE_WRITE);
+    calls.push_back(TileCall{2, 0, RMG_TILE_WRITE});
+    EXPECT_EQ(dst.calls, calls);
     expectTilesEqual(dst, expectTiles(dst, of(src), 16, 32));
     expectOneReport("rmgTest");
 }
@@ -329,15 +305,11 @@ TEST_F(ViewsWalkTest, NullTileInAGatheredViewEndsTheWalk) {
     // null one.
     ASSERT_EQ(log.calls.size(), 2u * (1 + 4 + 1 + 4) + 9u);
     const std::vector<Call> tail(log.calls.end() - 9, log.calls.end());
-    EXPECT_EQ(tail, (std::vector<Call>{{'D', 2, 0, RMG_TILE_WRITE},
-                                       {'S', 4, 0, RMG_TILE_READ},
-                                       {'S', 5, 0, RMG_TILE_READ},
-                                       {'S', 4, 1, RMG_TILE_READ},
-                                       {'S', 5, 1, RMG_TILE_READ},
-                                       {'D', 2, 0, RMG_TILE_RELEASE},
-                                       {'S', 4, 0, RMG_TILE_RELEASE},
-                                       {'S', 5, 0, RMG_TILE_RELEASE},
-                                       {'S', 4, 1, RMG_TILE_RELEASE}}));
+    EXPECT_EQ(tail, copytest::joined(
+                        {logCalls('D', {{2, 0}}, RMG_TILE_WRITE),
+                         logCalls('S', {{4, 0}, {5, 0}, {4, 1}, {5, 1}}, RMG_TILE_READ),
+                         logCalls('D', {{2, 0}}, RMG_TILE_RELEASE),
+                         logCalls('S', {{4, 0}, {5, 0}, {4, 1}}, RMG_TILE_RELEASE)}));
     // The third destination tile was asked for but not written.
     expectTilesEqual(dst, expectTiles(dst, of(src), 16, 32));
     expectOneReport("rmgTest");
