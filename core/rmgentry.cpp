@@ -74,4 +74,9 @@ void wrmgAlphaComposite(const RmgImage *srcImageA, const RmgImage *srcImageB, Rm
                       alphaImageDst, premulAlpha, divideMode, tilePoint);
 }
 
+void wrmgMirror(const RmgImage *srcImage, RmgImage *dstImage, int flipAxis,
+                const int *tilePoint) {
+    rmgMirror(srcImage, dstImage, flipAxis, tilePoint);
+}
+
 }  // extern "C"

@@ -242,6 +242,9 @@ RMG_API void wrmgAlphaComposite(const RmgImage *srcImageA, const RmgImage *srcIm
                                 const RmgImage *alphaImageA, const RmgImage *alphaImageB,
                                 RmgImage *alphaImageDst, int premulAlpha, int divideMode,
                                 const int *tilePoint);
+/* `tilePoint` points at a pixel x and y, or is null (see rmgMirror). */
+RMG_API void wrmgMirror(const RmgImage *srcImage, RmgImage *dstImage, int flipAxis,
+                        const int *tilePoint);
 
 /* ------------------------------------------------------------------------ */
 /* Extended interface: image records and lifecycle                           */
@@ -378,6 +381,20 @@ RMG_API void rmgAlphaComposite(const RmgImage *srcImageA, const RmgImage *srcIma
                                const RmgImage *alphaImageA, const RmgImage *alphaImageB,
                                RmgImage *alphaImageDst, int premulAlpha, int divideMode,
                                const int *tilePoint);
+
+/* ------------------------------------------------------------------------ */
+/* Extended interface: geometric transforms                                  */
+/* ------------------------------------------------------------------------ */
+
+/* Copies the source's rectangle into the destination's with its rows
+ * reversed (flipAxis 0), its columns reversed (1) or both (-1), over the
+ * smaller size of the two, each from its own origin; a coi (the same on
+ * both) moves that channel alone. Source and destination may be the same
+ * record. A source ROI whose width reaches past the right edge takes the
+ * rows below its origin as its width. For a tiled destination a non-null
+ * `tilePoint` holds a pixel x and y: only the tile that holds it is done. */
+RMG_API void rmgMirror(const RmgImage *srcImage, RmgImage *dstImage, int flipAxis,
+                       const int *tilePoint);
 
 /* ------------------------------------------------------------------------ */
 /* Extended interface: status and error reporting                            */
