@@ -6,21 +6,8 @@
 #include "alpha/rmgalpha_planar_impl.h"
 
 namespace rmg {
-namespace {
 
-struct Avx2Planar : Avx2Vec {
-    static Vec add16(Vec a, Vec b) { return _mm256_add_epi16(a, b); }
-    static Vec mullo16(Vec a, Vec b) { return _mm256_mullo_epi16(a, b); }
-    static Vec mulhiU16(Vec a, Vec b) { return _mm256_mulhi_epu16(a, b); }
-    static Vec srli16by8(Vec a) { return _mm256_srli_epi16(a, 8); }
-    static Vec addsU8(Vec a, Vec b) { return _mm256_adds_epu8(a, b); }
-    static Vec addsU16(Vec a, Vec b) { return _mm256_adds_epu16(a, b); }
-    static Vec subsU16(Vec a, Vec b) { return _mm256_subs_epu16(a, b); }
-};
-
-}  // namespace
-
-constexpr PlanarForms kPlanarAvx2 = vectorPlanarForms<Avx2Planar>();
+constexpr PlanarForms kPlanarAvx2 = vectorPlanarForms<Avx2Vec>();
 
 }  // namespace rmg
 

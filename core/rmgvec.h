@@ -10,6 +10,15 @@
 //   and_, or_, xor_, andNot(a, b)  bitwise; andNot is ~a & b
 //   blend(old, fresh, mask)      fresh where the mask's bytes are 0xFF, old
 //                                where they are 0
+//   add16, sub16, add32          lane arithmetic, wrapping
+//   mullo16, mulhiU16            low half, unsigned high half of 16-bit
+//                                products
+//   srli16by8                    16-bit lanes shifted right by 8
+//   unpackLo8/Hi8, packUs16      bytes to words and back (within each
+//                                16-byte lane, as the SSE2 instructions do)
+//   addsU8, subsU8, addsU16, subsU16, addsS8, subsS8, addsS16, subsS16
+//                                saturating arithmetic
+//   cmpGt32(a, b)                all ones in the 32-bit lanes where a > b
 //
 // Include this header only from the files compiled for one instruction set
 // (*_sse2.cpp, *_avx2.cpp, *_avx512.cpp): a type is defined where the
@@ -58,6 +67,24 @@ struct Sse2Vec {
     static Vec blend(Vec old, Vec fresh, Vec mask) {
         return _mm_or_si128(_mm_and_si128(mask, fresh), _mm_andnot_si128(mask, old));
     }
+    static Vec add16(Vec a, Vec b) { return _mm_add_epi16(a, b); }
+    static Vec sub16(Vec a, Vec b) { return _mm_sub_epi16(a, b); }
+    static Vec add32(Vec a, Vec b) { return _mm_add_epi32(a, b); }
+    static Vec mullo16(Vec a, Vec b) { return _mm_mullo_epi16(a, b); }
+    static Vec mulhiU16(Vec a, Vec b) { return _mm_mulhi_epu16(a, b); }
+    static Vec srli16by8(Vec a) { return _mm_srli_epi16(a, 8); }
+    static Vec unpackLo8(Vec a, Vec b) { return _mm_unpacklo_epi8(a, b); }
+    static Vec unpackHi8(Vec a, Vec b) { return _mm_unpackhi_epi8(a, b); }
+    static Vec packUs16(Vec a, Vec b) { return _mm_packus_epi16(a, b); }
+    static Vec addsU8(Vec a, Vec b) { return _mm_adds_epu8(a, b); }
+    static Vec subsU8(Vec a, Vec b) { return _mm_subs_epu8(a, b); }
+    static Vec addsU16(Vec a, Vec b) { return _mm_adds_epu16(a, b); }
+    static Vec subsU16(Vec a, Vec b) { return _mm_subs_epu16(a, b); }
+    static Vec addsS8(Vec a, Vec b) { return _mm_adds_epi8(a, b); }
+    static Vec subsS8(Vec a, Vec b) { return _mm_subs_epi8(a, b); }
+    static Vec addsS16(Vec a, Vec b) { return _mm_adds_epi16(a, b); }
+    static Vec subsS16(Vec a, Vec b) { return _mm_subs_epi16(a, b); }
+    static Vec cmpGt32(Vec a, Vec b) { return _mm_cmpgt_epi32(a, b); }
 };
 #endif
 
@@ -92,6 +119,24 @@ struct Avx2Vec {
     static Vec xor_(Vec a, Vec b) { return _mm256_xor_si256(a, b); }
     static Vec andNot(Vec a, Vec b) { return _mm256_andnot_si256(a, b); }
     static Vec blend(Vec old, Vec fresh, Vec mask) { return _mm256_blendv_epi8(old, fresh, mask); }
+    static Vec add16(Vec a, Vec b) { return _mm256_add_epi16(a, b); }
+    static Vec sub16(Vec a, Vec b) { return _mm256_sub_epi16(a, b); }
+    static Vec add32(Vec a, Vec b) { return _mm256_add_epi32(a, b); }
+    static Vec mullo16(Vec a, Vec b) { return _mm256_mullo_epi16(a, b); }
+    static Vec mulhiU16(Vec a, Vec b) { return _mm256_mulhi_epu16(a, b); }
+    static Vec srli16by8(Vec a) { return _mm256_srli_epi16(a, 8); }
+    static Vec unpackLo8(Vec a, Vec b) { return _mm256_unpacklo_epi8(a, b); }
+    static Vec unpackHi8(Vec a, Vec b) { return _mm256_unpackhi_epi8(a, b); }
+    static Vec packUs16(Vec a, Vec b) { return _mm256_packus_epi16(a, b); }
+    static Vec addsU8(Vec a, Vec b) { return _mm256_adds_epu8(a, b); }
+    static Vec subsU8(Vec a, Vec b) { return _mm256_subs_epu8(a, b); }
+    static Vec addsU16(Vec a, Vec b) { return _mm256_adds_epu16(a, b); }
+    static Vec subsU16(Vec a, Vec b) { return _mm256_subs_epu16(a, b); }
+    static Vec addsS8(Vec a, Vec b) { return _mm256_adds_epi8(a, b); }
+    static Vec subsS8(Vec a, Vec b) { return _mm256_subs_epi8(a, b); }
+    static Vec addsS16(Vec a, Vec b) { return _mm256_adds_epi16(a, b); }
+    static Vec subsS16(Vec a, Vec b) { return _mm256_subs_epi16(a, b); }
+    static Vec cmpGt32(Vec a, Vec b) { return _mm256_cmpgt_epi32(a, b); }
 };
 #endif
 
@@ -122,6 +167,27 @@ struct Avx512Vec {
     // Bitwise mask ? fresh : old in one instruction.
     static Vec blend(Vec old, Vec fresh, Vec mask) {
         return _mm512_ternarylogic_epi32(mask, fresh, old, 0xCA);
+    }
+    static Vec add16(Vec a, Vec b) { return _mm512_add_epi16(a, b); }
+    static Vec sub16(Vec a, Vec b) { return _mm512_sub_epi16(a, b); }
+    static Vec add32(Vec a, Vec b) { return _mm512_add_epi32(a, b); }
+    static Vec mullo16(Vec a, Vec b) { return _mm512_mullo_epi16(a, b); }
+    static Vec mulhiU16(Vec a, Vec b) { return _mm512_mulhi_epu16(a, b); }
+    static Vec srli16by8(Vec a) { return _mm512_srli_epi16(a, 8); }
+    static Vec unpackLo8(Vec a, Vec b) { return _mm512_unpacklo_epi8(a, b); }
+    static Vec unpackHi8(Vec a, Vec b) { return _mm512_unpackhi_epi8(a, b); }
+    static Vec packUs16(Vec a, Vec b) { return _mm512_packus_epi16(a, b); }
+    static Vec addsU8(Vec a, Vec b) { return _mm512_adds_epu8(a, b); }
+    static Vec subsU8(Vec a, Vec b) { return _mm512_subs_epu8(a, b); }
+    static Vec addsU16(Vec a, Vec b) { return _mm512_adds_epu16(a, b); }
+    static Vec subsU16(Vec a, Vec b) { return _mm512_subs_epu16(a, b); }
+    static Vec addsS8(Vec a, Vec b) { return _mm512_adds_epi8(a, b); }
+    static Vec subsS8(Vec a, Vec b) { return _mm512_subs_epi8(a, b); }
+    static Vec addsS16(Vec a, Vec b) { return _mm512_adds_epi16(a, b); }
+    static Vec subsS16(Vec a, Vec b) { return _mm512_subs_epi16(a, b); }
+    // The comparison gives a lane mask; all ones where it is set.
+    static Vec cmpGt32(Vec a, Vec b) {
+        return _mm512_maskz_set1_epi32(_mm512_cmpgt_epi32_mask(a, b), -1);
     }
 };
 #endif

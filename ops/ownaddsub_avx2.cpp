@@ -11,22 +11,6 @@ namespace rmg {
 namespace {
 
 struct Avx2 : Avx2Vec {
-    static Vec add16(Vec a, Vec b) { return _mm256_add_epi16(a, b); }
-    static Vec sub16(Vec a, Vec b) { return _mm256_sub_epi16(a, b); }
-    static Vec add32(Vec a, Vec b) { return _mm256_add_epi32(a, b); }
-    static Vec unpackLo8(Vec a, Vec b) { return _mm256_unpacklo_epi8(a, b); }
-    static Vec unpackHi8(Vec a, Vec b) { return _mm256_unpackhi_epi8(a, b); }
-    static Vec packUs16(Vec a, Vec b) { return _mm256_packus_epi16(a, b); }
-    static Vec addsU8(Vec a, Vec b) { return _mm256_adds_epu8(a, b); }
-    static Vec subsU8(Vec a, Vec b) { return _mm256_subs_epu8(a, b); }
-    static Vec addsU16(Vec a, Vec b) { return _mm256_adds_epu16(a, b); }
-    static Vec subsU16(Vec a, Vec b) { return _mm256_subs_epu16(a, b); }
-    static Vec addsS8(Vec a, Vec b) { return _mm256_adds_epi8(a, b); }
-    static Vec subsS8(Vec a, Vec b) { return _mm256_subs_epi8(a, b); }
-    static Vec addsS16(Vec a, Vec b) { return _mm256_adds_epi16(a, b); }
-    static Vec subsS16(Vec a, Vec b) { return _mm256_subs_epi16(a, b); }
-    static Vec cmpGt32(Vec a, Vec b) { return _mm256_cmpgt_epi32(a, b); }
-
     // Four lanes at a time in double precision (see the SSE2 form).
     static __m128i subHalf(__m128i x, __m256d v, int reversed) {
         const __m256d e = _mm256_cvtepi32_pd(x);

@@ -9,22 +9,6 @@ namespace rmg {
 namespace {
 
 struct Sse2 : Sse2Vec {
-    static Vec add16(Vec a, Vec b) { return _mm_add_epi16(a, b); }
-    static Vec sub16(Vec a, Vec b) { return _mm_sub_epi16(a, b); }
-    static Vec add32(Vec a, Vec b) { return _mm_add_epi32(a, b); }
-    static Vec unpackLo8(Vec a, Vec b) { return _mm_unpacklo_epi8(a, b); }
-    static Vec unpackHi8(Vec a, Vec b) { return _mm_unpackhi_epi8(a, b); }
-    static Vec packUs16(Vec a, Vec b) { return _mm_packus_epi16(a, b); }
-    static Vec addsU8(Vec a, Vec b) { return _mm_adds_epu8(a, b); }
-    static Vec subsU8(Vec a, Vec b) { return _mm_subs_epu8(a, b); }
-    static Vec addsU16(Vec a, Vec b) { return _mm_adds_epu16(a, b); }
-    static Vec subsU16(Vec a, Vec b) { return _mm_subs_epu16(a, b); }
-    static Vec addsS8(Vec a, Vec b) { return _mm_adds_epi8(a, b); }
-    static Vec subsS8(Vec a, Vec b) { return _mm_subs_epi8(a, b); }
-    static Vec addsS16(Vec a, Vec b) { return _mm_adds_epi16(a, b); }
-    static Vec subsS16(Vec a, Vec b) { return _mm_subs_epi16(a, b); }
-    static Vec cmpGt32(Vec a, Vec b) { return _mm_cmpgt_epi32(a, b); }
-
     // Two lanes at a time in double precision: the difference of two 32-bit
     // integers is exact there, and limiting it before the truncating
     // conversion gives the 32-bit range's ends.
