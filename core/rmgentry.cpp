@@ -79,4 +79,9 @@ void wrmgMirror(const RmgImage *srcImage, RmgImage *dstImage, int flipAxis,
     rmgMirror(srcImage, dstImage, flipAxis, tilePoint);
 }
 
+void wrmgZoom(RmgImage *srcImage, RmgImage *dstImage, int xU, int xL, int yU, int yL,
+              int interpolate, const int *tilePoint) {
+    rmgZoom(srcImage, dstImage, xU, xL, yU, yL, interpolate, tilePoint);
+}
+
 }  // extern "C"

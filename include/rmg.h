@@ -232,6 +232,10 @@ RMG_API void wrmgAndS(const RmgImage *srcImage, RmgImage *dstImage, int value,
 RMG_API void wrmgSet(RmgImage *image, int fillValue, const int *tile);
 /* `tile` points at a tile column and row, or is null (see rmgCopy). */
 RMG_API void wrmgCopy(RmgImage *srcImage, RmgImage *dstImage, const int *tile);
+/* `tilePoint` points at a destination tile column and row, or is null (see
+ * rmgZoom). */
+RMG_API void wrmgZoom(RmgImage *srcImage, RmgImage *dstImage, int xU, int xL, int yU, int yL,
+                      int interpolate, const int *tilePoint);
 /* `tilePoint` points at a pixel x and y, or is null (see rmgAlphaCompositeC). */
 RMG_API void wrmgAlphaCompositeC(const RmgImage *srcImageA, const RmgImage *srcImageB,
                                  RmgImage *dstImage, int compositeType, int alphaA, int alphaB,
@@ -395,6 +399,18 @@ RMG_API void rmgAlphaComposite(const RmgImage *srcImageA, const RmgImage *srcIma
  * `tilePoint` holds a pixel x and y: only the tile that holds it is done. */
 RMG_API void rmgMirror(const RmgImage *srcImage, RmgImage *dstImage, int flipAxis,
                        const int *tilePoint);
+/* Enlarges the source's region into the destination's region by xU/xL
+ * across and yU/yL down (each at least 1) with RMG_INTER_NN, _LINEAR or
+ * _CUBIC interpolation (nearest neighbour for 1-bit images and sources
+ * below 2 pixels, linear for cubic below 4), unsigned 8 and 16 bits and
+ * 1-bit; signed depths do nothing. The destination is cut to what the
+ * source can feed. Either image may be tiled; for a tiled destination a
+ * non-null `tilePoint` holds a tile column and row: only that tile is done.
+ * Does nothing while the status is negative. During a call on a tiled image
+ * the plain image's `roi` points for a while at a record of the call's own;
+ * it is put back before the call returns. */
+RMG_API void rmgZoom(RmgImage *srcImage, RmgImage *dstImage, int xU, int xL, int yU, int yL,
+                     int interpolate, const int *tilePoint);
 
 /* ------------------------------------------------------------------------ */
 /* Extended interface: status and error reporting                            */
