@@ -305,12 +305,45 @@ static int show_composition(void) {
     return wrmgGetErrStatus() == RMG_StsOk ? 0 : 1;
 }
 
+/* A generated 3 x 4 image of one byte per pixel, mirrored both ways into
+ * another, and then in place on itself along its rows. */
+static int show_mirror(void) {
+    RmgImage *src = wrmgCreateImageHeader(1, 0, RMG_DEPTH_8U, "GRAY", "GRAY", RMG_DATA_PIXEL,
+                                          RMG_ORIGIN_TL, 4, 3, 4, NULL, NULL, NULL);
+    RmgImage *dst = wrmgCreateImageHeader(1, 0, RMG_DEPTH_8U, "GRAY", "GRAY", RMG_DATA_PIXEL,
+                                          RMG_ORIGIN_TL, 4, 3, 4, NULL, NULL, NULL);
+    int r, c;
+    if (src == NULL || dst == NULL) return 1;
+    wrmgAllocateImage(src, 0);
+    wrmgAllocateImage(dst, 0);
+    if (src->imageData == NULL || dst->imageData == NULL) return 1;
+    for (r = 0; r < 3; ++r)
+        for (c = 0; c < 4; ++c) src->imageData[r * src->widthStep + c] = (unsigned char)(r * 16 + c);
+    wrmgMirror(src, dst, -1, NULL);
+    printf("\nMirror of a 3 x 4 image, both axes, then its rows in place:\n");
+    for (r = 0; r < 3; ++r) {
+        printf("  row %d: ", r);
+        print_bytes(src->imageData + r * src->widthStep, 4);
+        printf("  ->  ");
+        print_bytes(dst->imageData + r * dst->widthStep, 4);
+        printf("\n");
+    }
+    wrmgMirror(dst, dst, 0, NULL);
+    printf("  in place, rows reversed, row 0: ");
+    print_bytes(dst->imageData, 4);
+    printf("\n");
+    wrmgDeallocate(src, RMG_DEALLOC_ALL);
+    wrmgDeallocate(dst, RMG_DEALLOC_ALL);
+    return 0;
+}
+
 int main(void) {
     if (show_images() != 0) return 1;
     if (show_tiles() != 0) return 1;
     if (show_copy() != 0) return 1;
     if (show_composition() != 0) return 1;
     if (show_point_operations() != 0) return 1;
+    if (show_mirror() != 0) return 1;
     show_refusal();
     show_error();
     return wrmgGetErrStatus() == RMG_StsBadArg ? 0 : 1;
