@@ -115,15 +115,6 @@ private:
     std::vector<std::unique_ptr<Image>> images_;
 };
 
-int extentRows(const Image *img) {
-    return img->image->roi ? std::min(img->image->height - img->roi.yOffset, img->roi.height)
-                           : img->image->height;
-}
-int extentColumns(const Image *img) {
-    return img->image->roi ? std::min(img->image->width - img->roi.xOffset, img->roi.width)
-                           : img->image->width;
-}
-
 // One random call of the kernel (depth, op, arith, form) over images about
 // `width` pixels wide.
 void randomCall(std::mt19937 &rng, int depth, int op, int arith, bool imageForm, int width) {
@@ -184,11 +175,8 @@ void randomCall(std::mt19937 &rng, int depth, int op, int arith, bool imageForm,
         k.constB = constant(k.B);
     }
     k.rows = k.columns = 99999;
-    for (const Image *img : {k.D, k.alphaD, k.A, k.B, k.alphaA, k.alphaB}) {
-        if (img == nullptr) continue;
-        k.rows = std::min(k.rows, extentRows(img));
-        k.columns = std::min(k.columns, extentColumns(img));
-    }
+    for (const Image *img : {k.D, k.alphaD, k.A, k.B, k.alphaA, k.alphaB})
+        if (img != nullptr) ownClipExtent(img->image, &k.rows, &k.columns);
     SCOPED_TRACE(testing::Message() << "depth " << depth << " op " << op << " arith " << arith
                                     << " image form " << imageForm << " n " << n << " alpha "
                                     << dstAlpha << " coi " << coi << " width " << width
