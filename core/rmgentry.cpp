@@ -79,6 +79,11 @@ void wrmgMirror(const RmgImage *srcImage, RmgImage *dstImage, int flipAxis,
     rmgMirror(srcImage, dstImage, flipAxis, tilePoint);
 }
 
+void wrmgBlur(const RmgImage *srcImage, RmgImage *dstImage, int nRows, int nCols, int anchorX,
+              int anchorY, const int *tilePoint) {
+    rmgBlur(srcImage, dstImage, nRows, nCols, anchorX, anchorY, tilePoint);
+}
+
 void wrmgZoom(RmgImage *srcImage, RmgImage *dstImage, int xU, int xL, int yU, int yL,
               int interpolate, const int *tilePoint) {
     rmgZoom(srcImage, dstImage, xU, xL, yU, yL, interpolate, tilePoint);

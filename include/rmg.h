@@ -249,6 +249,9 @@ RMG_API void wrmgAlphaComposite(const RmgImage *srcImageA, const RmgImage *srcIm
 /* `tilePoint` points at a pixel x and y, or is null (see rmgMirror). */
 RMG_API void wrmgMirror(const RmgImage *srcImage, RmgImage *dstImage, int flipAxis,
                         const int *tilePoint);
+/* `tilePoint` points at a pixel x and y, or is null (see rmgBlur). */
+RMG_API void wrmgBlur(const RmgImage *srcImage, RmgImage *dstImage, int nRows, int nCols,
+                      int anchorX, int anchorY, const int *tilePoint);
 
 /* ------------------------------------------------------------------------ */
 /* Extended interface: image records and lifecycle                           */
@@ -411,6 +414,22 @@ RMG_API void rmgMirror(const RmgImage *srcImage, RmgImage *dstImage, int flipAxi
  * it is put back before the call returns. */
 RMG_API void rmgZoom(RmgImage *srcImage, RmgImage *dstImage, int xU, int xL, int yU, int yL,
                      int interpolate, const int *tilePoint);
+
+/* ------------------------------------------------------------------------ */
+/* Extended interface: spatial filter                                        */
+/* ------------------------------------------------------------------------ */
+
+/* Replaces each pixel of the destination's rectangle by the average of the
+ * nCols by nRows box of the source whose corner lies anchorX columns left
+ * of and anchorY rows above the pixel's place in the source's rectangle;
+ * the box is read through the source's border rules, and the two images
+ * may be the same. The average is the box's sum times the float
+ * 1 / (nRows * nCols), truncated, its low bits stored (8s, 8u, 16s, 16u,
+ * 32s). A coi on either image narrows the channels to those both have. For
+ * a tiled destination a non-null `tilePoint` holds a pixel x and y: only
+ * the tile that holds it is done. Not re-entrant. */
+RMG_API void rmgBlur(const RmgImage *srcImage, RmgImage *dstImage, int nRows, int nCols,
+                     int anchorX, int anchorY, const int *tilePoint);
 
 /* ------------------------------------------------------------------------ */
 /* Extended interface: status and error reporting                            */
