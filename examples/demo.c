@@ -5,9 +5,10 @@
  * first pixels; fills a tiled image whose tiles the demo serves from its
  * own memory through a call-back; copies a region that reaches past the
  * edge of a tiled image into another, with the border rules filling in
- * beyond the edge; composes two generated images with alpha; then makes
- * a call that the library refuses so that the error reaches the console
- * dialog, and prints the status it leaves.
+ * beyond the edge; composes two generated images with alpha; mirrors and
+ * blurs small generated images; then makes a call that the library refuses
+ * so that the error reaches the console dialog, and prints the status it
+ * leaves.
  */
 #include <stdio.h>
 #include <string.h>
@@ -337,6 +338,32 @@ static int show_mirror(void) {
     return 0;
 }
 
+/* A generated 5 x 6 image, a bright square on a ramp, blurred with a box of
+ * 3 x 3 around each pixel, the edges replicated. */
+static int show_blur(void) {
+    RmgImage *src = gray_image(5, 6);
+    RmgImage *dst = gray_image(5, 6);
+    int r, c;
+    if (src == NULL || dst == NULL || src->imageData == NULL || dst->imageData == NULL) return 1;
+    for (r = 0; r < 5; ++r)
+        for (c = 0; c < 6; ++c)
+            src->imageData[r * src->widthStep + c] =
+                (unsigned char)(r >= 1 && r <= 3 && c >= 2 && c <= 4 ? 200 : 10 * c);
+    rmgSetBorderMode(src, RMG_BORDER_REPLICATE, 15, 0);
+    wrmgBlur(src, dst, 3, 3, 1, 1, NULL);
+    printf("\nBlur of a 5 x 6 image with a 3 x 3 box, edges replicated:\n");
+    for (r = 0; r < 5; ++r) {
+        printf("  row %d: ", r);
+        print_bytes(src->imageData + r * src->widthStep, 6);
+        printf("  ->  ");
+        print_bytes(dst->imageData + r * dst->widthStep, 6);
+        printf("\n");
+    }
+    wrmgDeallocate(src, RMG_DEALLOC_ALL);
+    wrmgDeallocate(dst, RMG_DEALLOC_ALL);
+    return wrmgGetErrStatus() == RMG_StsOk ? 0 : 1;
+}
+
 int main(void) {
     if (show_images() != 0) return 1;
     if (show_tiles() != 0) return 1;
@@ -344,6 +371,7 @@ int main(void) {
     if (show_composition() != 0) return 1;
     if (show_point_operations() != 0) return 1;
     if (show_mirror() != 0) return 1;
+    if (show_blur() != 0) return 1;
     show_refusal();
     show_error();
     return wrmgGetErrStatus() == RMG_StsBadArg ? 0 : 1;
