@@ -25,6 +25,8 @@ using alphatest::Image;
 using Bytes = std::vector<uint8_t>;
 
 struct Call {
+    Call(int depth_, int op_, int arith_, bool imageForm_)
+        : depth(depth_), op(op_), arith(arith_), imageForm(imageForm_) {}
     int depth = kOwnDepth8u;
     int op = 0;
     int arith = kOwnIntegerKernel;
@@ -120,11 +122,7 @@ private:
 void randomCall(std::mt19937 &rng, int depth, int op, int arith, bool imageForm, int width) {
     Maker mk(rng, depth);
     const int M = depth == kOwnDepth8u ? 255 : 65535;
-    Call k;
-    k.depth = depth;
-    k.op = op;
-    k.arith = arith;
-    k.imageForm = imageForm;
+    Call k(depth, op, arith, imageForm);
     k.premul = mk.pick(0, 1);
     k.divide = arith == kOwnFloatKernel ? mk.pick(0, 1) : 0;
     const int height = mk.pick(1, 4);
