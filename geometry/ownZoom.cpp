@@ -144,18 +144,19 @@ void cubicPlane(const T *src, T *dst, double xScale, double yScale, ptrdiff_t sr
     resample(first - 1, ring[0]);
     resample(first, ring[1]);
     resample(first + 1, ring[2]);
+    // prev starts at -1 like a row index: when the first row's node is -1
+    // (a region that starts on the image's second-last row), no row is
+    // resampled for it and the fourth buffer keeps what it held.
     int32_t prev = -1;
-    bool turn = false;
     double y = yFrac;
     for (int r = 0; r < rows; ++r, y += yScale) {
         const ZoomCubicNode node = zoomCubicNode(y, yOffset, height);
         const ZoomCubicWeights w = zoomCubicWeights(node.t);
         if (node.i != prev) {
             prev = node.i;
-            // The first new row goes into the fourth buffer; later ones
-            // into the oldest, as the ring turns by one.
-            if (turn) std::rotate(ring, ring + 1, ring + 4);
-            turn = true;
+            // On the first row the new row goes into the fourth buffer;
+            // later the ring turns by one and it goes into the oldest.
+            if (r > 0) std::rotate(ring, ring + 1, ring + 4);
             resample(node.i + 2, ring[3]);
         }
         T *out = dst + r * dstStride;

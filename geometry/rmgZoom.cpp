@@ -311,8 +311,13 @@ void ownZoomRect(const RmgImage *src, const RmgImage *dst, double xScale, double
                                  sStride, dStride, cols, rows, xFrac, yFrac, count, sN, dN,
                                  lastCol, lastRow, a, b);
     } else if (ok) {
+        // The rings start cleared too: a region that starts on the image's
+        // second-last row blends a fourth row that was never resampled.
         float *r[4];
-        for (int k = 0; k < 4; ++k) r[k] = static_cast<float *>(buf[k]);
+        for (int k = 0; k < 4; ++k) {
+            r[k] = static_cast<float *>(buf[k]);
+            std::memset(r[k], 0, static_cast<size_t>(bytes));
+        }
         if (e == 1 && plane)
             ownZoomCubic8Plane(from.origin, to, xScale, yScale, sStride, dStride, cols, rows,
                                xFrac, yFrac, planes, sPlane, dPlane, srcX, srcY, src->width,

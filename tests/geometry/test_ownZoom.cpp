@@ -132,9 +132,9 @@ void runCase(const Case &k, uint32_t seed) {
             for (int c = 0; c < a.cols; ++c)
                 for (int ch = 0; ch < (k.plane ? 1 : k.channels); ++ch) {
                     T v = 0;
-                    if (k.inter == kNearest) v = zoomtest::modelNearest(plane, a, c, r, ch);
-                    if (k.inter == kLinear) v = zoomtest::modelLinear(plane, a, c, r, ch);
-                    if (k.inter == kCubic) v = zoomtest::modelCubic(plane, a, c, r, ch);
+                    if (k.inter == kNearest) v = zoomtest::modelNearest<T>(plane, a, c, r, ch);
+                    if (k.inter == kLinear) v = zoomtest::modelLinear<T>(plane, a, c, r, ch);
+                    if (k.inter == kCubic) v = zoomtest::modelCubic<T>(plane, a, c, r, ch);
                     want[static_cast<size_t>(p) * dstPlane + r * dstStride + c * dstN + ch] = v;
                 }
     }

@@ -17,6 +17,7 @@ namespace zoomtest {
 // round() of the kernels: to nearest, ties to even.
 inline int64_t roundEven(double v) { return static_cast<int64_t>(std::nearbyint(v)); }
 
+// A source is anything with at(x, y, ch) in the region's coordinates.
 // A plane of elements: element (x, y, ch) at y * stride + x * nChannels + ch
 // from `origin` (the region's first element).
 template <typename T>
@@ -41,16 +42,16 @@ struct Ask {
 // down unless within 0.00001 of the next integer.
 inline int64_t nearestFixed(double v) { return roundEven(v * 16384 + 0.00001 - 0.5); }
 
-template <typename T>
-T modelNearest(const Plane<T> &src, const Ask &a, int c, int r, int ch) {
+template <typename T, typename S>
+T modelNearest(const S &src, const Ask &a, int c, int r, int ch) {
     const int64_t x = nearestFixed(a.xFrac) + c * nearestFixed(a.xScale);
     const int64_t y = nearestFixed(a.yFrac) + r * nearestFixed(a.yScale);
     return src.at(x >> 14, y >> 14, ch);
 }
 
 // Linear: the row value of source row `row` at destination column c.
-template <typename T>
-int64_t modelLinearRow(const Plane<T> &src, const Ask &a, int64_t row, int c, int ch) {
+template <typename T, typename S>
+int64_t modelLinearRow(const S &src, const Ask &a, int64_t row, int c, int ch) {
     const int64_t x = roundEven(a.xFrac * 16384) + c * roundEven(a.xScale * 16384);
     int64_t i = x >> 14;
     if (i == a.lastCol) --i;
@@ -64,14 +65,14 @@ int64_t modelLinearRow(const Plane<T> &src, const Ask &a, int64_t row, int c, in
     return static_cast<int16_t>(v);
 }
 
-template <typename T>
-T modelLinear(const Plane<T> &src, const Ask &a, int c, int r, int ch) {
+template <typename T, typename S>
+T modelLinear(const S &src, const Ask &a, int c, int r, int ch) {
     const int64_t y = roundEven(a.yFrac * 16384) + r * roundEven(a.yScale * 16384);
     int64_t j = y >> 14;
     if (j == a.lastRow) --j;
     const int64_t f = y - j * 16384;
-    const int64_t up = modelLinearRow(src, a, j, c, ch);
-    const int64_t low = modelLinearRow(src, a, j + 1, c, ch);
+    const int64_t up = modelLinearRow<T>(src, a, j, c, ch);
+    const int64_t low = modelLinearRow<T>(src, a, j + 1, c, ch);
     const int64_t v = ((16384 - f) * up + f * low) >> (sizeof(T) == 1 ? 20 : 13);
     return static_cast<T>(v);
 }
@@ -88,8 +89,8 @@ inline void cubicNode(double p, int o, int n, int64_t *i, double *t) {
     *t = p - static_cast<double>(*i);
 }
 
-template <typename T>
-float modelCubicRow(const Plane<T> &src, const Ask &a, int64_t row, int c, int ch) {
+template <typename T, typename S>
+float modelCubicRow(const S &src, const Ask &a, int64_t row, int c, int ch) {
     double x = a.xFrac;
     for (int k = 0; k < c; ++k) x += a.xScale;
     int64_t i;
@@ -104,16 +105,16 @@ float modelCubicRow(const Plane<T> &src, const Ask &a, int64_t row, int c, int c
     return static_cast<float>(v);
 }
 
-template <typename T>
-T modelCubic(const Plane<T> &src, const Ask &a, int c, int r, int ch) {
+template <typename T, typename S>
+T modelCubic(const S &src, const Ask &a, int c, int r, int ch) {
     double y = a.yFrac;
     for (int k = 0; k < r; ++k) y += a.yScale;
     int64_t j;
     double t;
     cubicNode(y, a.yOffset, a.height, &j, &t);
     const double ca = 1 + t, cb = t * (1 + t) * 0.5, cc = (t - 1) * cb * 0.3333333333333333;
-    const double q0 = modelCubicRow(src, a, j - 1, c, ch), q1 = modelCubicRow(src, a, j, c, ch),
-                 q2 = modelCubicRow(src, a, j + 1, c, ch), q3 = modelCubicRow(src, a, j + 2, c, ch);
+    const double q0 = modelCubicRow<T>(src, a, j - 1, c, ch), q1 = modelCubicRow<T>(src, a, j, c, ch),
+                 q2 = modelCubicRow<T>(src, a, j + 1, c, ch), q3 = modelCubicRow<T>(src, a, j + 2, c, ch);
     const double d1 = q1 - q0, d2 = (q2 - q1) - d1, d3 = ((q3 - q2 - q2) + q1) - d2;
     const double v = d3 * cc + ((ca * d1 + q0) + d2 * cb);
     const int64_t maxValue = sizeof(T) == 1 ? 255 : 65535;
