@@ -84,6 +84,15 @@ void wrmgBlur(const RmgImage *srcImage, RmgImage *dstImage, int nRows, int nCols
     rmgBlur(srcImage, dstImage, nRows, nCols, anchorX, anchorY, tilePoint);
 }
 
+void wrmgColorToGray(const RmgImage *srcImage, RmgImage *dstImage, const int *tilePos) {
+    rmgColorToGray(srcImage, dstImage, tilePos);
+}
+
+void wrmgGrayToColor(const RmgImage *srcImage, RmgImage *dstImage, float fractR, float fractG,
+                     float fractB, const int *tilePos) {
+    rmgGrayToColor(srcImage, dstImage, fractR, fractG, fractB, tilePos);
+}
+
 void wrmgZoom(RmgImage *srcImage, RmgImage *dstImage, int xU, int xL, int yU, int yL,
               int interpolate, const int *tilePoint) {
     rmgZoom(srcImage, dstImage, xU, xL, yU, yL, interpolate, tilePoint);

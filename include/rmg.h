@@ -252,6 +252,11 @@ RMG_API void wrmgMirror(const RmgImage *srcImage, RmgImage *dstImage, int flipAx
 /* `tilePoint` points at a pixel x and y, or is null (see rmgBlur). */
 RMG_API void wrmgBlur(const RmgImage *srcImage, RmgImage *dstImage, int nRows, int nCols,
                       int anchorX, int anchorY, const int *tilePoint);
+/* `tilePos` points at a destination tile column and row, or is null (see
+ * rmgColorToGray). */
+RMG_API void wrmgColorToGray(const RmgImage *srcImage, RmgImage *dstImage, const int *tilePos);
+RMG_API void wrmgGrayToColor(const RmgImage *srcImage, RmgImage *dstImage, float fractR,
+                             float fractG, float fractB, const int *tilePos);
 
 /* ------------------------------------------------------------------------ */
 /* Extended interface: image records and lifecycle                           */
@@ -430,6 +435,24 @@ RMG_API void rmgZoom(RmgImage *srcImage, RmgImage *dstImage, int xU, int xL, int
  * the tile that holds it is done. Not re-entrant. */
 RMG_API void rmgBlur(const RmgImage *srcImage, RmgImage *dstImage, int nRows, int nCols,
                      int anchorX, int anchorY, const int *tilePoint);
+
+/* ------------------------------------------------------------------------ */
+/* Extended interface: colour conversion                                     */
+/* ------------------------------------------------------------------------ */
+
+/* Turns the whole of an RGB source (8u, 16u or 32s, either order) into one
+ * channel of 1u, 8u or 16u with the weights 54, 183, 18 (/256; 109, 366, 37
+ * from 32s and from 16u to 8u in plane order) on the channels in the order
+ * of channelSeq, over the smaller size of the two images; roi plays no
+ * part. For a tiled destination a non-null `tilePos` holds a tile column
+ * and row: only that tile is done. */
+RMG_API void rmgColorToGray(const RmgImage *srcImage, RmgImage *dstImage, const int *tilePos);
+/* Spreads a gray image over the first three channels of an RGB
+ * destination of its depth (or 1u into 8u) with the weights fractR, fractG
+ * and fractB (all below the depth's unit: the luminance weights).
+ * `tilePos` as in rmgColorToGray. */
+RMG_API void rmgGrayToColor(const RmgImage *srcImage, RmgImage *dstImage, float fractR,
+                            float fractG, float fractB, const int *tilePos);
 
 /* ------------------------------------------------------------------------ */
 /* Extended interface: status and error reporting                            */
