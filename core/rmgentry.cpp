@@ -93,6 +93,11 @@ void wrmgGrayToColor(const RmgImage *srcImage, RmgImage *dstImage, float fractR,
     rmgGrayToColor(srcImage, dstImage, fractR, fractG, fractB, tilePos);
 }
 
+void wrmgDecimate(RmgImage *srcImage, RmgImage *dstImage, int xU, int xL, int yU, int yL,
+                  int interpolate, const int *tilePoint) {
+    rmgDecimate(srcImage, dstImage, xU, xL, yU, yL, interpolate, tilePoint);
+}
+
 void wrmgZoom(RmgImage *srcImage, RmgImage *dstImage, int xU, int xL, int yU, int yL,
               int interpolate, const int *tilePoint) {
     rmgZoom(srcImage, dstImage, xU, xL, yU, yL, interpolate, tilePoint);

@@ -233,6 +233,10 @@ RMG_API void wrmgSet(RmgImage *image, int fillValue, const int *tile);
 /* `tile` points at a tile column and row, or is null (see rmgCopy). */
 RMG_API void wrmgCopy(RmgImage *srcImage, RmgImage *dstImage, const int *tile);
 /* `tilePoint` points at a destination tile column and row, or is null (see
+ * rmgDecimate). */
+RMG_API void wrmgDecimate(RmgImage *srcImage, RmgImage *dstImage, int xU, int xL, int yU,
+                          int yL, int interpolate, const int *tilePoint);
+/* `tilePoint` points at a destination tile column and row, or is null (see
  * rmgZoom). */
 RMG_API void wrmgZoom(RmgImage *srcImage, RmgImage *dstImage, int xU, int xL, int yU, int yL,
                       int interpolate, const int *tilePoint);
@@ -419,6 +423,17 @@ RMG_API void rmgMirror(const RmgImage *srcImage, RmgImage *dstImage, int flipAxi
  * it is put back before the call returns. */
 RMG_API void rmgZoom(RmgImage *srcImage, RmgImage *dstImage, int xU, int xL, int yU, int yL,
                      int interpolate, const int *tilePoint);
+/* Shrinks the source's region into the destination's region by xU/xL
+ * across and yU/yL down (each at most 1) with RMG_INTER_NN, _LINEAR or
+ * _CUBIC sampling in fixed point with 8 fractional bits: each destination
+ * pixel from one source position and at most 4 by 4 neighbours. Nearest
+ * neighbour for 1-bit images, sources below 4 pixels and ratios whole on
+ * both axes; 1u, 8u and 16u (other depths refused). A coi on either image
+ * picks its channel. Either image may be tiled; for a tiled destination a
+ * non-null `tilePoint` holds a tile column and row: only that tile is done.
+ * Does nothing while the status is negative. */
+RMG_API void rmgDecimate(RmgImage *srcImage, RmgImage *dstImage, int xU, int xL, int yU, int yL,
+                         int interpolate, const int *tilePoint);
 
 /* ------------------------------------------------------------------------ */
 /* Extended interface: spatial filter                                        */
