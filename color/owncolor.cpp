@@ -23,7 +23,7 @@ constexpr ColorForms kColorScalar = {grayRow8u8uScalar,      grayRow8u16uScalar,
 
 namespace {
 constexpr FormTable<const ColorForms *> kColor = formTable<const ColorForms *>(
-    &kColorScalar, nullptr, nullptr, nullptr);
+    &kColorScalar, RMG_FORM_SSE2(&kColorSse2), RMG_FORM_AVX2(&kColorAvx2), nullptr);
 }  // namespace
 
 const ColorForms &colorForms() { return *kColor.get(); }
