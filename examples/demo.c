@@ -364,6 +364,44 @@ static int show_blur(void) {
     return wrmgGetErrStatus() == RMG_StsOk ? 0 : 1;
 }
 
+/* A 2 x 4 colour image of generated RGB pixels to gray (weights 54, 183,
+ * 18 over 256) and the gray back into colour with the weights 1.0, 0.5,
+ * 0.25 of red, green and blue. */
+static int show_color(void) {
+    RmgImage *rgb = wrmgCreateImageHeader(3, 0, RMG_DEPTH_8U, "RGB", "RGB", RMG_DATA_PIXEL,
+                                          RMG_ORIGIN_TL, 4, 2, 4, NULL, NULL, NULL);
+    RmgImage *gray = wrmgCreateImageHeader(1, 0, RMG_DEPTH_8U, "GRAY", "GRAY", RMG_DATA_PIXEL,
+                                           RMG_ORIGIN_TL, 4, 2, 4, NULL, NULL, NULL);
+    RmgImage *back = wrmgCreateImageHeader(3, 0, RMG_DEPTH_8U, "RGB", "RGB", RMG_DATA_PIXEL,
+                                           RMG_ORIGIN_TL, 4, 2, 4, NULL, NULL, NULL);
+    int r, c;
+    if (rgb == NULL || gray == NULL || back == NULL) return 1;
+    wrmgAllocateImage(rgb, 0);
+    wrmgAllocateImage(gray, 0);
+    wrmgAllocateImage(back, 0);
+    for (r = 0; r < 2; ++r)
+        for (c = 0; c < 4; ++c) {
+            unsigned char *p = rgb->imageData + r * rgb->widthStep + 3 * c;
+            p[0] = (unsigned char)(60 * c + 40 * r);
+            p[1] = (unsigned char)(255 - 50 * c);
+            p[2] = (unsigned char)(100 + 30 * r);
+        }
+    wrmgColorToGray(rgb, gray, NULL);
+    wrmgGrayToColor(gray, back, 1.0f, 0.5f, 0.25f, NULL);
+    printf("\nColour to gray and back (fractions 1.0, 0.5, 0.25):\n");
+    for (r = 0; r < 2; ++r)
+        for (c = 0; c < 4; ++c) {
+            const unsigned char *p = rgb->imageData + r * rgb->widthStep + 3 * c;
+            const unsigned char *q = back->imageData + r * back->widthStep + 3 * c;
+            printf("  (%d,%d) rgb %3u %3u %3u -> gray %3u -> rgb %3u %3u %3u\n", c, r, p[0], p[1],
+                   p[2], gray->imageData[r * gray->widthStep + c], q[0], q[1], q[2]);
+        }
+    wrmgDeallocate(rgb, RMG_DEALLOC_ALL);
+    wrmgDeallocate(gray, RMG_DEALLOC_ALL);
+    wrmgDeallocate(back, RMG_DEALLOC_ALL);
+    return wrmgGetErrStatus() == RMG_StsOk ? 0 : 1;
+}
+
 int main(void) {
     if (show_images() != 0) return 1;
     if (show_tiles() != 0) return 1;
@@ -371,6 +409,7 @@ int main(void) {
     if (show_composition() != 0) return 1;
     if (show_point_operations() != 0) return 1;
     if (show_mirror() != 0) return 1;
+    if (show_color() != 0) return 1;
     if (show_blur() != 0) return 1;
     show_refusal();
     show_error();
