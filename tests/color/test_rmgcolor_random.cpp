@@ -77,6 +77,20 @@ const GrayPair kSpreadPairs[] = {{RMG_DEPTH_8U, RMG_DEPTH_8U},
 
 int randomSize(std::mt19937 &rng) { return 1 + static_cast<int>(rng() % 40); }
 
+// A source and a destination of random bytes and random sizes, the same
+// size now and then (so that plane order meets its contiguous rows too).
+struct RandomPair {
+    int sh, sw, dh, dw;
+    Image src, dst;
+    RandomPair(const Format &sf, const Format &df, std::mt19937 &rng, bool same)
+        : sh(randomSize(rng)), sw(randomSize(rng)), dh(same ? sh : randomSize(rng)),
+          dw(same ? sw : randomSize(rng)),
+          src(sf.nChannels, sf.depth, sf.order, sf.model, sf.seq, sh, sw, rng() % 2 ? 4 : 8, rng),
+          dst(df.nChannels, df.depth, df.order, df.model, df.seq, dh, dw, rng() % 2 ? 4 : 8, rng) {}
+    int rows() const { return sh < dh ? sh : dh; }
+    int cols() const { return sw < dw ? sw : dw; }
+};
+
 TEST_F(ColorRandomTest, ColorToGrayAgainstTheModel) {
     std::mt19937 rng(11);
     rmgtest::inEveryForm([&](int) {
@@ -84,22 +98,14 @@ TEST_F(ColorRandomTest, ColorToGrayAgainstTheModel) {
             for (const GrayPair &pair : kGrayPairs) {
                 const Format sf = colourFormat(rng, pair.src);
                 const Format df = grayFormat(rng, pair.dst, "GRAY");
-                // Same heights now and then, so that plane order meets its
-                // contiguous rows too.
-                const int sh = randomSize(rng), sw = randomSize(rng);
-                const bool same = rng() % 3 == 0;
-                const int dh = same ? sh : randomSize(rng), dw = same ? sw : randomSize(rng);
-                Image src(sf.nChannels, sf.depth, sf.order, sf.model, sf.seq, sh, sw,
-                          rng() % 2 ? 4 : 8, rng);
-                Image dst(df.nChannels, df.depth, df.order, df.model, df.seq, dh, dw,
-                          rng() % 2 ? 4 : 8, rng);
-                Bytes expected = dst.bytes();
-                colortest::modelColorToGray(src.image, src.bytes(), src.image->widthStep,
-                                            sh < dh ? sh : dh, sw < dw ? sw : dw, dst.image,
-                                            expected, dst.image->widthStep);
-                rmgColorToGray(src.image, dst.image, nullptr);
-                ASSERT_EQ(dst.bytes(), expected) << describe(sf) << " " << sh << "x" << sw << " -> "
-                                                 << describe(df) << " " << dh << "x" << dw;
+                RandomPair p(sf, df, rng, rng() % 3 == 0);
+                Bytes expected = p.dst.bytes();
+                colortest::modelColorToGray(p.src.image, p.src.bytes(), p.src.image->widthStep,
+                                            p.rows(), p.cols(), p.dst.image, expected,
+                                            p.dst.image->widthStep);
+                rmgColorToGray(p.src.image, p.dst.image, nullptr);
+                ASSERT_EQ(p.dst.bytes(), expected) << describe(sf) << " " << p.sh << "x" << p.sw
+                                                   << " -> " << describe(df) << " " << p.dh << "x" << p.dw;
             }
     });
     EXPECT_TRUE(reports().empty());
@@ -112,20 +118,14 @@ TEST_F(ColorRandomTest, GrayToColorAgainstTheModel) {
             for (const GrayPair &pair : kSpreadPairs) {
                 const Format sf = grayFormat(rng, pair.src, "GRAY");
                 const Format df = colourFormat(rng, pair.dst);
-                const int sh = randomSize(rng), sw = randomSize(rng);
-                const bool same = rng() % 3 == 0;
-                const int dh = same ? sh : randomSize(rng), dw = same ? sw : randomSize(rng);
-                Image src(sf.nChannels, sf.depth, sf.order, sf.model, sf.seq, sh, sw,
-                          rng() % 2 ? 4 : 8, rng);
-                Image dst(df.nChannels, df.depth, df.order, df.model, df.seq, dh, dw,
-                          rng() % 2 ? 4 : 8, rng);
+                RandomPair p(sf, df, rng, rng() % 3 == 0);
                 const float fr = randomFraction(rng), fg = randomFraction(rng), fb = randomFraction(rng);
-                Bytes expected = dst.bytes();
-                colortest::modelGrayToColor(src.image, src.bytes(), src.image->widthStep,
-                                            sh < dh ? sh : dh, sw < dw ? sw : dw, dst.image,
-                                            expected, dst.image->widthStep, fr, fg, fb);
-                rmgGrayToColor(src.image, dst.image, fr, fg, fb, nullptr);
-                ASSERT_EQ(dst.bytes(), expected) << describe(sf) << " -> " << describe(df) << " "
+                Bytes expected = p.dst.bytes();
+                colortest::modelGrayToColor(p.src.image, p.src.bytes(), p.src.image->widthStep,
+                                            p.rows(), p.cols(), p.dst.image, expected,
+                                            p.dst.image->widthStep, fr, fg, fb);
+                rmgGrayToColor(p.src.image, p.dst.image, fr, fg, fb, nullptr);
+                ASSERT_EQ(p.dst.bytes(), expected) << describe(sf) << " -> " << describe(df) << " "
                                                  << fr << " " << fg << " " << fb;
             }
     });
