@@ -193,10 +193,6 @@ void modelGrayToColor(const RmgImage *sf, const Bytes &src, int srcStep, int hei
         }
 }
 
-std::ostream &operator<<(std::ostream &os, const Call &c) {
-    return os << "(" << c.x << "," << c.y << "," << c.mode << ")";
-}
-
 TiledImage::TiledImage(int nChannels, unsigned int depth, int order, const char *model,
                        const char *seq, int height, int width, int tileWidth, int tileHeight,
                        std::mt19937 &rng) {

@@ -5,10 +5,10 @@
 #define RMG_TESTS_COLOR_COLORTEST_H
 
 #include <cstdint>
-#include <ostream>
 #include <random>
 #include <vector>
 
+#include "access/tiletest.h"
 #include "rmg.h"
 
 namespace colortest {
@@ -38,12 +38,8 @@ void modelGrayToColor(const RmgImage *srcFormat, const Bytes &src, int srcStep, 
                       int width, const RmgImage *dstFormat, Bytes &dst, int dstStep, float fractR,
                       float fractG, float fractB);
 
-// One call of a tile call-back.
-struct Call {
-    int x, y, mode;
-    bool operator==(const Call &o) const { return x == o.x && y == o.y && mode == o.mode; }
-};
-std::ostream &operator<<(std::ostream &os, const Call &c);
+// One call of a tile call-back, as the tile engine's tests record them.
+using tiletest::Call;
 
 // A tiled image of tilesX by tilesY tiles of random bytes; the call-back
 // gives null for any tile outside the grid (which ends a destination walk)
