@@ -464,7 +464,8 @@ RMG_API void rmgBlur(const RmgImage *srcImage, RmgImage *dstImage, int nRows, in
 RMG_API void rmgColorToGray(const RmgImage *srcImage, RmgImage *dstImage, const int *tilePos);
 /* Spreads a gray image over the first three channels of an RGB
  * destination of its depth (or 1u into 8u) with the weights fractR, fractG
- * and fractB (all below the depth's unit: the luminance weights).
+ * and fractB, truncated to 8 fraction bits (16u: 15; 32s: the floats
+ * themselves); three that truncate to 0 select the luminance weights.
  * `tilePos` as in rmgColorToGray. */
 RMG_API void rmgGrayToColor(const RmgImage *srcImage, RmgImage *dstImage, float fractR,
                             float fractG, float fractB, const int *tilePos);
