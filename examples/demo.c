@@ -402,6 +402,41 @@ static int show_color(void) {
     return wrmgGetErrStatus() == RMG_StsOk ? 0 : 1;
 }
 
+/* A 3 x 4 gray ramp zoomed 2x across and down, nearest neighbour and
+ * linear: the linear rows lie between the source rows. */
+static int show_zoom(void) {
+    RmgImage *src = wrmgCreateImageHeader(1, 0, RMG_DEPTH_8U, "GRAY", "GRAY", RMG_DATA_PIXEL,
+                                          RMG_ORIGIN_TL, 4, 3, 4, NULL, NULL, NULL);
+    RmgImage *nn = wrmgCreateImageHeader(1, 0, RMG_DEPTH_8U, "GRAY", "GRAY", RMG_DATA_PIXEL,
+                                         RMG_ORIGIN_TL, 4, 5, 7, NULL, NULL, NULL);
+    RmgImage *lin = wrmgCreateImageHeader(1, 0, RMG_DEPTH_8U, "GRAY", "GRAY", RMG_DATA_PIXEL,
+                                          RMG_ORIGIN_TL, 4, 5, 7, NULL, NULL, NULL);
+    int r, c;
+    if (src == NULL || nn == NULL || lin == NULL) return 1;
+    /* Zoom does nothing while the status is negative, and the status is
+     * sticky: clear what the point-operation section's refusal left. */
+    rmgError(RMG_StsOk, "demo", "", "demo", 0);
+    wrmgAllocateImage(src, 0);
+    wrmgAllocateImage(nn, 0);
+    wrmgAllocateImage(lin, 0);
+    for (r = 0; r < 3; ++r)
+        for (c = 0; c < 4; ++c) src->imageData[r * src->widthStep + c] = (unsigned char)(40 * r + 20 * c);
+    wrmgZoom(src, nn, 2, 1, 2, 1, RMG_INTER_NN, NULL);
+    wrmgZoom(src, lin, 2, 1, 2, 1, RMG_INTER_LINEAR, NULL);
+    printf("\nZoom of a 3 x 4 ramp by 2, nearest neighbour | linear:\n");
+    for (r = 0; r < 5; ++r) {
+        printf("  row %d: ", r);
+        print_bytes(nn->imageData + r * nn->widthStep, 7);
+        printf(" | ");
+        print_bytes(lin->imageData + r * lin->widthStep, 7);
+        printf("\n");
+    }
+    wrmgDeallocate(src, RMG_DEALLOC_ALL);
+    wrmgDeallocate(nn, RMG_DEALLOC_ALL);
+    wrmgDeallocate(lin, RMG_DEALLOC_ALL);
+    return wrmgGetErrStatus() == RMG_StsOk ? 0 : 1;
+}
+
 int main(void) {
     if (show_images() != 0) return 1;
     if (show_tiles() != 0) return 1;
@@ -409,6 +444,7 @@ int main(void) {
     if (show_composition() != 0) return 1;
     if (show_point_operations() != 0) return 1;
     if (show_mirror() != 0) return 1;
+    if (show_zoom() != 0) return 1;
     if (show_color() != 0) return 1;
     if (show_blur() != 0) return 1;
     show_refusal();
