@@ -7,7 +7,16 @@
 
 namespace rmg {
 
-constexpr ColorForms kColorAvx2 = vectorColorForms<ColorAvx2>();
+namespace {
+// The AVX2 rows, with the pixel-order 8u gray row that byte shuffles allow.
+constexpr ColorForms avx2Forms() {
+    ColorForms forms = vectorColorForms<ColorAvx2>();
+    forms.gray8u8u = grayRow8u8uPixels;
+    return forms;
+}
+}  // namespace
+
+constexpr ColorForms kColorAvx2 = avx2Forms();
 
 }  // namespace rmg
 

@@ -215,6 +215,63 @@ void spreadRow16uVec(const unsigned char *g, unsigned char *o1, unsigned char *o
     spreadRow16uScalar(g + 2 * i, o1 + 2 * i, o2 + 2 * i, o3 + 2 * i, 1, n - i, w, shift);
 }
 
+#if defined(__AVX2__)
+// Pixel order, 8u to 8u, steps 3 and 4 (three channels next to each other):
+// 16 pixels at a time, each channel's bytes gathered from the step loads
+// of 16 bytes by byte shuffles into one vector, then the plane rows' sums.
+// The loads stay within the bytes of the row's last pixel's three channels
+// (the rest goes through the scalar row).
+template <int Step>
+void grayPixels8u(const unsigned char *a, const unsigned char *b, const unsigned char *c,
+                  const unsigned char *base, unsigned char *dst, int n) {
+    const ptrdiff_t at[3] = {a - base, b - base, c - base};
+    // mask[q][t]: byte i of channel q's vector from byte Step * i + q - 16 * t
+    // of load t.
+    __m128i mask[3][Step];
+    for (int q = 0; q < 3; ++q)
+        for (int t = 0; t < Step; ++t) {
+            alignas(16) unsigned char m[16];
+            for (int i = 0; i < 16; ++i) {
+                const ptrdiff_t from = Step * i + at[q] - 16 * t;
+                m[i] = from >= 0 && from < 16 ? static_cast<unsigned char>(from) : 0x80;
+            }
+            mask[q][t] = _mm_load_si128(reinterpret_cast<const __m128i *>(m));
+        }
+    const __m128i zero = _mm_setzero_si128();
+    const ptrdiff_t last = static_cast<ptrdiff_t>(n - 1) * Step + 3;
+    int i = 0;
+    for (; static_cast<ptrdiff_t>(i + 16) * Step <= last; i += 16) {
+        const unsigned char *p = base + static_cast<ptrdiff_t>(i) * Step;
+        __m128i v[Step];
+        for (int t = 0; t < Step; ++t) v[t] = _mm_loadu_si128(reinterpret_cast<const __m128i *>(p + 16 * t));
+        __m128i ch[3];
+        for (int q = 0; q < 3; ++q) {
+            ch[q] = _mm_shuffle_epi8(v[0], mask[q][0]);
+            for (int t = 1; t < Step; ++t) ch[q] = _mm_or_si128(ch[q], _mm_shuffle_epi8(v[t], mask[q][t]));
+        }
+        const __m128i lo = ColorSse2::srl16(sum8<ColorSse2>(_mm_unpacklo_epi8(ch[0], zero),
+                                                            _mm_unpacklo_epi8(ch[1], zero),
+                                                            _mm_unpacklo_epi8(ch[2], zero)), 8);
+        const __m128i hi = ColorSse2::srl16(sum8<ColorSse2>(_mm_unpackhi_epi8(ch[0], zero),
+                                                            _mm_unpackhi_epi8(ch[1], zero),
+                                                            _mm_unpackhi_epi8(ch[2], zero)), 8);
+        _mm_storeu_si128(reinterpret_cast<__m128i *>(dst + i), _mm_packus_epi16(lo, hi));
+    }
+    const ptrdiff_t k = static_cast<ptrdiff_t>(i) * Step;
+    grayRow8u8uScalar(a + k, b + k, c + k, Step, dst + i, n - i);
+}
+
+inline void grayRow8u8uPixels(const unsigned char *a, const unsigned char *b,
+                              const unsigned char *c, int step, unsigned char *dst, int n) {
+    const unsigned char *base = a < b ? (a < c ? a : c) : (b < c ? b : c);
+    const ptrdiff_t pa = a - base, pb = b - base, pc = c - base;
+    const bool adjacent = pa <= 2 && pb <= 2 && pc <= 2 && pa != pb && pb != pc && pa != pc;
+    if (adjacent && step == 3) return grayPixels8u<3>(a, b, c, base, dst, n);
+    if (adjacent && step == 4) return grayPixels8u<4>(a, b, c, base, dst, n);
+    grayRow8u8uVec<ColorAvx2>(a, b, c, step, dst, n);
+}
+#endif
+
 template <typename X>
 constexpr ColorForms vectorColorForms() {
     return ColorForms{grayRow8u8uVec<X>,       grayRow8u16uVec<X>,      grayRow16u16uVec<X>,

@@ -72,6 +72,33 @@ TEST(OwnColorForms, GrayRowsMatchTheScalarForm) {
                 }
 }
 
+// Pixel order: the three channels next to each other in one row, in each
+// order, steps 3 and 4.
+TEST(OwnColorForms, PixelGrayRowsMatchTheScalarForm) {
+    std::mt19937 rng(33);
+    Rows rows;
+    Bytes start(rows.canvas.size());
+    for (unsigned char &b : start) b = static_cast<unsigned char>(rng());
+    const int orders[6][3] = {{0, 1, 2}, {2, 1, 0}, {1, 0, 2}, {0, 2, 1}, {1, 2, 0}, {2, 0, 1}};
+    for (const ColorForms *form : vectorForms())
+        for (const GrayCase &c : kGrayCases)
+            for (int step : {3, 4})
+                for (int n = 0; n <= kMaxLength; ++n) {
+                    const int *o = orders[n % 6];
+                    const int offset = static_cast<int>(rng() % 64), out = static_cast<int>(rng() % 64);
+                    const int size = c.inSize;
+                    unsigned char *row = rows.at(0, offset);
+                    rows.canvas.set(start);
+                    (rmg::kColorScalar.*(c.fn))(row + o[0] * size, row + o[1] * size, row + o[2] * size,
+                                                step, rows.at(3, out), n);
+                    const Bytes expected = rows.canvas.bytes();
+                    rows.canvas.set(start);
+                    (form->*(c.fn))(row + o[0] * size, row + o[1] * size, row + o[2] * size, step,
+                                    rows.at(3, out), n);
+                    ASSERT_EQ(rows.canvas.bytes(), expected) << c.name << " n " << n << " step " << step;
+                }
+}
+
 TEST(OwnColorForms, SpreadRowsMatchTheScalarForm) {
     std::mt19937 rng(32);
     Rows rows;
