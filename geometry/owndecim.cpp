@@ -239,11 +239,23 @@ struct Span {
     i64 lo, hi;
 };
 
-Span srcSpan(int mode, int start, int end) {
+Span srcSpan(int mode, int start, int end, int step) {
     if (mode == kNear) return {i64(start) >> 8, (i64(end) - 1) >> 8};
-    const i64 lo = start == 0 ? 0 : (i64(start) - 1) >> 8;
-    const i64 hi = std::max(lo, ((i64(end) - 2) >> 8) + 1);
-    return mode == kLin ? Span{lo, hi} : Span{lo - 1, hi + 1};
+    // Position 0 is a copy of pixel 0; then k runs from k0 by step while
+    // below end - 1, and pixel (k >> 8) + 1 is read beside (k >> 8).
+    // Cubic reads one pixel more on each side.
+    const i64 k0 = start == 0 ? i64(step) - 1 : i64(start) - 1;
+    const i64 last = i64(end) - 1, reach = mode == kCub ? 1 : 0;
+    Span span{0, 0};
+    bool any = start == 0;
+    if (k0 < last) {
+        const i64 kMax = k0 + (last - 1 - k0) / step * step;
+        const Span run{(k0 >> 8) - reach, (kMax >> 8) + 1 + reach};
+        span = any ? Span{std::min<i64>(0, run.lo), std::max<i64>(0, run.hi)} : run;
+        any = true;
+    }
+    // Nothing read at all: an empty span.
+    return any ? span : Span{0, -1};
 }
 
 // Destination rows (or columns) written along one axis.
@@ -262,8 +274,10 @@ Span scaled(Span s, i64 stride) {
 
 bool inside(int ym, int xm, const Args &a, const OwnDecimateLimits &lim) {
     if (a.channelStart >= a.channelEnd) return true;
-    const Span rows = srcSpan(ym, *a.y, a.yEnd), cols = srcSpan(xm, *a.x, a.xEnd);
-    // Only a nearest axis can be empty, and then nothing is read or written.
+    const Span rows = srcSpan(ym, *a.y, a.yEnd, a.yStep), cols = srcSpan(xm, *a.x, a.xEnd, a.xStep);
+    // An axis with nothing read: the kernel reads and writes nothing (an
+    // interpolating axis that is empty in a one-axis kernel leaves its
+    // lines empty too).
     if (rows.hi < rows.lo || cols.hi < cols.lo) return true;
     const Span r = scaled(rows, a.srcRow), c = scaled(cols, a.srcPixel);
     const i64 sLo = a.channelStart + r.lo + c.lo, sHi = i64(a.channelEnd) - 1 + r.hi + c.hi;
