@@ -50,6 +50,19 @@ const GrayCase kGrayCases[] = {{&ColorForms::gray8u8u, 1, 1, "8u8u"},
                                {&ColorForms::gray16u8uPixel, 2, 1, "16u8u pixel"},
                                {&ColorForms::gray16u8uPlane, 2, 1, "16u8u plane"}};
 
+// The canvas after the scalar row and after the form's row, each from the
+// same start, must agree.
+void expectSameGray(Rows &rows, const Bytes &start, const ColorForms *form, const GrayCase &c,
+                    const unsigned char *a, const unsigned char *b, const unsigned char *cc,
+                    int step, unsigned char *out, int n) {
+    rows.canvas.set(start);
+    (rmg::kColorScalar.*(c.fn))(a, b, cc, step, out, n);
+    const Bytes expected = rows.canvas.bytes();
+    rows.canvas.set(start);
+    (form->*(c.fn))(a, b, cc, step, out, n);
+    ASSERT_EQ(rows.canvas.bytes(), expected) << c.name << " n " << n << " step " << step;
+}
+
 TEST(OwnColorForms, GrayRowsMatchTheScalarForm) {
     std::mt19937 rng(31);
     Rows rows;
@@ -61,14 +74,8 @@ TEST(OwnColorForms, GrayRowsMatchTheScalarForm) {
                 for (int n = 0; n <= kMaxLength; ++n) {
                     const int offsets[4] = {static_cast<int>(rng() % 64), static_cast<int>(rng() % 64),
                                             static_cast<int>(rng() % 64), static_cast<int>(rng() % 64)};
-                    rows.canvas.set(start);
-                    (rmg::kColorScalar.*(c.fn))(rows.at(0, offsets[0]), rows.at(1, offsets[1]),
-                                                rows.at(2, offsets[2]), step, rows.at(3, offsets[3]), n);
-                    const Bytes expected = rows.canvas.bytes();
-                    rows.canvas.set(start);
-                    (form->*(c.fn))(rows.at(0, offsets[0]), rows.at(1, offsets[1]), rows.at(2, offsets[2]),
-                                    step, rows.at(3, offsets[3]), n);
-                    ASSERT_EQ(rows.canvas.bytes(), expected) << c.name << " n " << n << " step " << step;
+                    expectSameGray(rows, start, form, c, rows.at(0, offsets[0]), rows.at(1, offsets[1]),
+                                   rows.at(2, offsets[2]), step, rows.at(3, offsets[3]), n);
                 }
 }
 
@@ -88,14 +95,8 @@ TEST(OwnColorForms, PixelGrayRowsMatchTheScalarForm) {
                     const int offset = static_cast<int>(rng() % 64), out = static_cast<int>(rng() % 64);
                     const int size = c.inSize;
                     unsigned char *row = rows.at(0, offset);
-                    rows.canvas.set(start);
-                    (rmg::kColorScalar.*(c.fn))(row + o[0] * size, row + o[1] * size, row + o[2] * size,
-                                                step, rows.at(3, out), n);
-                    const Bytes expected = rows.canvas.bytes();
-                    rows.canvas.set(start);
-                    (form->*(c.fn))(row + o[0] * size, row + o[1] * size, row + o[2] * size, step,
-                                    rows.at(3, out), n);
-                    ASSERT_EQ(rows.canvas.bytes(), expected) << c.name << " n " << n << " step " << step;
+                    expectSameGray(rows, start, form, c, row + o[0] * size, row + o[1] * size,
+                                   row + o[2] * size, step, rows.at(3, out), n);
                 }
 }
 
