@@ -413,6 +413,20 @@ struct TileTarget {
         header.widthStep = rmgTileWidthStep(dst);
         header.imageSize = mul32(mul32(header.widthStep, g.th), planesOf(dst));
     }
+
+    // Asks for tile (tx, ty) of dst to write the piece into; on a null tile
+    // reports it and gives false.
+    bool take(const RmgImage *dst, int tx, int ty, const Piece &px, const Piece &py) {
+        roi.xOffset = px.start;
+        roi.yOffset = py.start;
+        roi.height = py.size;
+        roi.width = px.size;
+        dst->tileInfo->callBack(dst, tx, ty, RMG_TILE_WRITE);
+        header.imageData = dst->tileInfo->tileData;
+        if (header.imageData != nullptr) return true;
+        rmgError(RMG_StsError, kFunc, "Error get tile to write", kModule, __LINE__);
+        return false;
+    }
 };
 
 // A plain header over a block read from a tiled source, with a ROI of its
@@ -519,17 +533,8 @@ void walkPlainToTiled(RmgImage *src, RmgImage *dst, double xScale, double yScale
             const Piece px = ax.piece(i), py = ay.piece(j);
             srcRoi.xOffset = px.srcPos;
             srcRoi.yOffset = py.srcPos;
-            tile.roi.xOffset = px.start;
-            tile.roi.yOffset = py.start;
-            tile.roi.height = py.size;
-            tile.roi.width = px.size;
             const int tx = g.firstTileCol + i, ty = g.firstTileRow + j;
-            callBack(dst, tx, ty, RMG_TILE_WRITE);
-            if (dst->tileInfo->tileData == nullptr) {
-                rmgError(RMG_StsError, kFunc, "Error get tile to write", kModule, __LINE__);
-                return;
-            }
-            tile.header.imageData = dst->tileInfo->tileData;
+            if (!tile.take(dst, tx, ty, px, py)) return;
             ownZoomRect(src, &tile.header, xScale, yScale, inter, px.frac, py.frac);
             callBack(dst, tx, ty, RMG_TILE_RELEASE);
         }
@@ -562,17 +567,8 @@ void walkTiledToTiled(RmgImage *src, RmgImage *dst, double xScale, double yScale
     for (int j = j0; j < g.tileRows; ++j)
         for (int i = i0; i < g.tileCols; ++i) {
             const Piece px = ax.piece(i), py = ay.piece(j);
-            tile.roi.xOffset = px.start;
-            tile.roi.yOffset = py.start;
-            tile.roi.height = py.size;
-            tile.roi.width = px.size;
             const int tx = g.firstTileCol + i, ty = g.firstTileRow + j;
-            callBack(dst, tx, ty, RMG_TILE_WRITE);
-            if (dst->tileInfo->tileData == nullptr) {
-                rmgError(RMG_StsError, kFunc, "Error get tile to write", kModule, __LINE__);
-                return;
-            }
-            tile.header.imageData = dst->tileInfo->tileData;
+            if (!tile.take(dst, tx, ty, px, py)) return;
             // A failed read ends the walk without a word, the tile not
             // released.
             unsigned char *pixels = block.read(src, inter, px, py);
