@@ -8,10 +8,11 @@
 namespace rmg {
 
 namespace {
-// The AVX2 rows, with the pixel-order 8u gray row that byte shuffles allow.
+// The AVX2 rows, with the pixel-order 8u rows that byte shuffles allow.
 constexpr ColorForms avx2Forms() {
     ColorForms forms = vectorColorForms<ColorAvx2>();
     forms.gray8u8u = grayRow8u8uPixels;
+    forms.spread8u = spreadRow8uPixels;
     return forms;
 }
 }  // namespace

@@ -261,6 +261,72 @@ void grayPixels8u(const unsigned char *a, const unsigned char *b, const unsigned
     grayRow8u8uScalar(a + k, b + k, c + k, Step, dst + i, n - i);
 }
 
+// Pixel order, 8u spread, steps 3 and 4 (outputs side by side): each
+// output channel of 16 pixels computed as in plane order, then placed into
+// the pixels' bytes by byte shuffles; with step 4 the fourth byte of each
+// pixel is written back as it was read. The stores stay within the bytes
+// of the row's last pixel's three outputs.
+template <int Step>
+void spreadPixels8u(const unsigned char *g, unsigned char *o1, unsigned char *o2,
+                    unsigned char *o3, unsigned char *base, int n, const uint16_t *w) {
+    const ptrdiff_t at[3] = {o1 - base, o2 - base, o3 - base};
+    // place[q][t]: byte j of store t from byte i of channel q's vector where
+    // 16 * t + j is Step * i + q's place; keep[t]: the bytes no channel has.
+    __m128i place[3][Step], keep[Step];
+    for (int t = 0; t < Step; ++t) {
+        alignas(16) unsigned char k[16];
+        for (int j = 0; j < 16; ++j) k[j] = 0xFF;
+        for (int q = 0; q < 3; ++q) {
+            alignas(16) unsigned char m[16];
+            for (int j = 0; j < 16; ++j) {
+                const ptrdiff_t byte = 16 * t + j - at[q];
+                const bool mine = byte >= 0 && byte % Step == 0 && byte / Step < 16;
+                m[j] = mine ? static_cast<unsigned char>(byte / Step) : 0x80;
+                if (mine) k[j] = 0;
+            }
+            place[q][t] = _mm_load_si128(reinterpret_cast<const __m128i *>(m));
+        }
+        keep[t] = _mm_load_si128(reinterpret_cast<const __m128i *>(k));
+    }
+    const __m128i zero = _mm_setzero_si128();
+    const ptrdiff_t last = static_cast<ptrdiff_t>(n - 1) * Step + 3;
+    int i = 0;
+    for (; static_cast<ptrdiff_t>(i + 16) * Step <= last; i += 16) {
+        const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i *>(g + i));
+        const __m128i lo = _mm_unpacklo_epi8(v, zero), hi = _mm_unpackhi_epi8(v, zero);
+        __m128i ch[3];
+        // The low 8 bits of (g * w) >> 8 are bits 8 to 15 of the product.
+        for (int q = 0; q < 3; ++q) {
+            const __m128i wq = _mm_set1_epi16(static_cast<short>(w[q]));
+            ch[q] = _mm_packus_epi16(_mm_srli_epi16(_mm_mullo_epi16(lo, wq), 8),
+                                     _mm_srli_epi16(_mm_mullo_epi16(hi, wq), 8));
+        }
+        unsigned char *p = base + static_cast<ptrdiff_t>(i) * Step;
+        for (int t = 0; t < Step; ++t) {
+            __m128i out = _mm_or_si128(_mm_or_si128(_mm_shuffle_epi8(ch[0], place[0][t]),
+                                                    _mm_shuffle_epi8(ch[1], place[1][t])),
+                                       _mm_shuffle_epi8(ch[2], place[2][t]));
+            if (Step == 4) {
+                const __m128i old = _mm_loadu_si128(reinterpret_cast<const __m128i *>(p + 16 * t));
+                out = _mm_or_si128(out, _mm_and_si128(old, keep[t]));
+            }
+            _mm_storeu_si128(reinterpret_cast<__m128i *>(p + 16 * t), out);
+        }
+    }
+    const ptrdiff_t k = static_cast<ptrdiff_t>(i) * Step;
+    spreadRow8uScalar(g + i, o1 + k, o2 + k, o3 + k, Step, n - i, w, 8);
+}
+
+inline void spreadRow8uPixels(const unsigned char *g, unsigned char *o1, unsigned char *o2,
+                              unsigned char *o3, int step, int n, const uint16_t *w, int shift) {
+    unsigned char *base = o1 < o2 ? (o1 < o3 ? o1 : o3) : (o2 < o3 ? o2 : o3);
+    const ptrdiff_t p1 = o1 - base, p2 = o2 - base, p3 = o3 - base;
+    const bool adjacent = p1 <= 2 && p2 <= 2 && p3 <= 2 && p1 != p2 && p2 != p3 && p1 != p3;
+    if (adjacent && shift == 8 && step == 3) return spreadPixels8u<3>(g, o1, o2, o3, base, n, w);
+    if (adjacent && shift == 8 && step == 4) return spreadPixels8u<4>(g, o1, o2, o3, base, n, w);
+    spreadRow8uVec<ColorAvx2>(g, o1, o2, o3, step, n, w, shift);
+}
+
 inline void grayRow8u8uPixels(const unsigned char *a, const unsigned char *b,
                               const unsigned char *c, int step, unsigned char *dst, int n) {
     const unsigned char *base = a < b ? (a < c ? a : c) : (b < c ? b : c);

@@ -127,4 +127,35 @@ TEST(OwnColorForms, SpreadRowsMatchTheScalarForm) {
                 }
 }
 
+// Pixel order: the three outputs next to each other in one row, in each
+// order, steps 3 and 4 (the fourth byte must keep its value).
+TEST(OwnColorForms, PixelSpreadRowsMatchTheScalarForm) {
+    std::mt19937 rng(34);
+    Rows rows;
+    Bytes start(rows.canvas.size());
+    for (unsigned char &b : start) b = static_cast<unsigned char>(rng());
+    const int orders[6][3] = {{0, 1, 2}, {2, 1, 0}, {1, 0, 2}, {0, 2, 1}, {1, 2, 0}, {2, 0, 1}};
+    const SpreadMember members[2] = {&ColorForms::spread8u, &ColorForms::spread16u};
+    for (const ColorForms *form : vectorForms())
+        for (int m = 0; m < 2; ++m)
+            for (int step : {3, 4})
+                for (int n = 0; n <= kMaxLength; ++n) {
+                    const int *o = orders[n % 6];
+                    const uint16_t w[3] = {static_cast<uint16_t>(rng()), static_cast<uint16_t>(rng() % 600),
+                                           static_cast<uint16_t>(n % 2 ? 256 : 32768)};
+                    const int shift = m == 0 ? 8 : 15;
+                    const int size = m == 0 ? 1 : 2;
+                    const unsigned char *g = rows.at(0, static_cast<int>(rng() % 64));
+                    unsigned char *row = rows.at(1, static_cast<int>(rng() % 64));
+                    rows.canvas.set(start);
+                    (rmg::kColorScalar.*(members[m]))(g, row + o[0] * size, row + o[1] * size,
+                                                      row + o[2] * size, step, n, w, shift);
+                    const Bytes expected = rows.canvas.bytes();
+                    rows.canvas.set(start);
+                    (form->*(members[m]))(g, row + o[0] * size, row + o[1] * size, row + o[2] * size,
+                                          step, n, w, shift);
+                    ASSERT_EQ(rows.canvas.bytes(), expected) << m << " n " << n << " step " << step;
+                }
+}
+
 }  // namespace
