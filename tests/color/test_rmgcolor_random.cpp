@@ -273,6 +273,44 @@ TEST_F(ColorRandomTest, TilePosDoesOneTile) {
     EXPECT_EQ(dst.calls, (std::vector<Call>{{2, 1, RMG_TILE_WRITE}, {2, 1, RMG_TILE_RELEASE}}));
 }
 
+// With tilePos a null tile moves the one step to column 0 of the next row.
+TEST_F(ColorRandomTest, TilePosAtANullTile) {
+    std::mt19937 rng(27);
+    Image src(1, RMG_DEPTH_8U, RMG_DATA_PIXEL, "GRAY", "G", 24, 24, 4, rng);
+    TiledImage dst(3, RMG_DEPTH_8U, RMG_DATA_PLANE, "RGB", "BGR", 24, 24, 8, 8, rng);
+    dst.nullAt = 0;
+    const std::vector<Bytes> before = dst.data;
+    const auto all = expectedTiles(src.image, dst, [&](const Bytes &read, int rowStep, Bytes &out) {
+        colortest::modelGrayToColor(src.image, read, rowStep, 8, 8, dst.image, out, dst.tileStep, 0.5f, 0.5f, 0.5f);
+    });
+    const int pos[2] = {2, 1};
+    rmgGrayToColor(src.image, dst.image, 0.5f, 0.5f, 0.5f, pos);
+    EXPECT_EQ(dst.calls, (std::vector<Call>{{2, 1, 2}, {0, 2, 2}, {0, 2, 4}}));
+    std::vector<Bytes> expected = before;
+    expected[0 + 2 * dst.tilesX] = all[0 + 2 * dst.tilesX];
+    EXPECT_EQ(dst.data, expected);
+}
+
+// A source rectangle the tile engine can't read (its tile came back null)
+// reaches the kernel as null: the piece is left as it was, and the walk
+// goes on.
+TEST_F(ColorRandomTest, UnreadableSourcePieceIsLeftAlone) {
+    std::mt19937 rng(28);
+    TiledImage src(3, RMG_DEPTH_16U, RMG_DATA_PIXEL, "RGB", "RGB", 16, 16, 8, 8, rng);
+    TiledImage dst(1, RMG_DEPTH_16U, RMG_DATA_PIXEL, "GRAY", "G", 16, 16, 8, 8, rng);
+    const std::vector<Bytes> before = dst.data;
+    const auto all = expectedTiles(src.image, dst, [&](const Bytes &read, int rowStep, Bytes &out) {
+        colortest::modelColorToGray(src.image, read, rowStep, 8, 8, dst.image, out, dst.tileStep);
+    });
+    src.calls.clear();
+    src.nullAt = 0;  // the first read of the source
+    rmgColorToGray(src.image, dst.image, nullptr);
+    EXPECT_EQ(dst.calls, colortest::walkCalls(2, 2));
+    EXPECT_EQ(dst.data[0], before[0]);
+    for (size_t t = 1; t < 4; ++t) EXPECT_EQ(dst.data[t], all[t]) << t;
+    EXPECT_TRUE(reports().empty());
+}
+
 TEST_F(ColorRandomTest, NullTileMovesToTheNextRow) {
     std::mt19937 rng(24);
     Image src(3, RMG_DEPTH_8U, RMG_DATA_PIXEL, "RGB", "RGB", 16, 16, 4, rng);
