@@ -203,6 +203,82 @@ TEST_F(DecimateTest, TheEntryForwards) {
     EXPECT_EQ(a.bytes(), b.bytes());
 }
 
+TEST_F(DecimateTest, AccessorsGiveCountsOriginsAndStrides) {
+    Img im(k8c3, 10, 12, 24);
+    EXPECT_EQ(ownDecimateChannelCount(im.im), 3);
+    EXPECT_EQ(ownDecimateRows(im.im), 10);
+    EXPECT_EQ(ownDecimateCols(im.im), 12);
+    mirrortest::setRoi(im.im, 2, 5, 4, 6, 7);
+    // 4 + 6 reaches the image's end: cut to 10 - 4; 5 + 7 likewise.
+    EXPECT_EQ(ownDecimateRows(im.im), 6);
+    EXPECT_EQ(ownDecimateCols(im.im), 7);
+    EXPECT_EQ(ownDecimateChannelCount(im.im), 1);
+    im.im->roi->height = 3;
+    im.im->roi->width = 2;
+    EXPECT_EQ(ownDecimateRows(im.im), 3);
+    EXPECT_EQ(ownDecimateCols(im.im), 2);
+    int ch, y, x;
+    ownDecimateOrigin(&ch, &y, &x, im.im);
+    EXPECT_EQ(ch, 1);
+    EXPECT_EQ(y, 4);
+    EXPECT_EQ(x, 5);
+    im.im->nChannels = 1;  // coi 2 beyond the channels
+    EXPECT_EQ(ownDecimateChannelCount(im.im), -1);
+    im.im->nChannels = 3;
+    EXPECT_EQ(ownDecimateFit(20, 100, 2, 3), 13);
+    EXPECT_EQ(ownDecimateFit(20, 9, 2, 3), 9);
+    EXPECT_EQ(ownDecimateElemBytes(17, RMG_DEPTH_1U), 2);
+    EXPECT_EQ(ownDecimateElemBytes(17, RMG_DEPTH_8U), 17);
+    EXPECT_EQ(ownDecimateElemBytes(17, RMG_DEPTH_16U), 34);
+    EXPECT_EQ(ownDecimateElemBytes(17, RMG_DEPTH_32S), 0);
+    int plane, row, pixel;
+    ownDecimateStrides(im.im, &plane, &row, &pixel);
+    EXPECT_EQ(plane, 1);
+    EXPECT_EQ(row, im.im->widthStep);
+    EXPECT_EQ(pixel, 3);
+
+    const Kind k1a8{1, RMG_DEPTH_1U, RMG_DATA_PIXEL, 8}, k16p{2, RMG_DEPTH_16U, RMG_DATA_PLANE, 4};
+    decimtest::Tiled bits4(mirrortest::Kind{1, RMG_DEPTH_1U, RMG_DATA_PIXEL, 4}, 8, 40, 40, 8, 1);
+    decimtest::Tiled bits8(k1a8, 8, 40, 40, 8, 1);
+    // 40 bits: 5 bytes, padded to 8 (align 4) or 8 (align 8); 72 bits: 9
+    // bytes, to 12 or 16.
+    EXPECT_EQ(ownDecimateTileRowElements(bits4.image), 64);
+    EXPECT_EQ(ownDecimateTileRowElements(bits8.image), 64);
+    bits4.tiles.width = 72;
+    bits8.tiles.width = 72;
+    EXPECT_EQ(ownDecimateTileRowElements(bits4.image), 96);
+    EXPECT_EQ(ownDecimateTileRowElements(bits8.image), 128);
+    decimtest::Tiled planes(k16p, 8, 16, 16, 8, 1);
+    ownDecimateTileStrides(planes.image, &plane, &row, &pixel);
+    EXPECT_EQ(plane, 16 * 8);
+    EXPECT_EQ(row, 16);
+    EXPECT_EQ(pixel, 1);
+    Img p16(k16p, 5, 7, 25);
+    ownDecimateStrides(p16.im, &plane, &row, &pixel);
+    EXPECT_EQ(row, p16.im->widthStep >> 1);
+    EXPECT_EQ(plane, row * 5);
+    EXPECT_EQ(pixel, 1);
+}
+
+TEST_F(DecimateTest, AnInterpolationOutsideTheKernelTableIsRefusedBelowTheChecks) {
+    Img src(k8, 8, 8, 26), dst(k8, 4, 4, 27);
+    const Bytes before = dst.bytes();
+    EXPECT_EQ(ownDecimate(src.im, dst.im, 2, 3, 2, 3, 3, nullptr), 0);
+    EXPECT_EQ(contexts(), std::vector<std::string>{"interpolate is wrong"});
+    EXPECT_EQ(dst.bytes(), before);
+    // Depth 1 keeps the value: no refusal, and no centre bias since it is
+    // not nearest.
+    rmgSetErrStatus(0);
+    rmgtest::reports().clear();
+    const Kind k1{1, RMG_DEPTH_1U, RMG_DATA_PIXEL, 4};
+    Img s1(k1, 8, 8, 28), d1(k1, 4, 4, 29);
+    const Bytes before1 = d1.bytes();
+    EXPECT_EQ(ownDecimate(s1.im, d1.im, 2, 3, 2, 3, RMG_INTER_LINEAR, nullptr), 1);
+    EXPECT_TRUE(rmgtest::reports().empty());
+    EXPECT_EQ(d1.bytes(), decimtest::modelDecimate(s1.im, s1.bytes(), d1.im, before1, 2, 3, 2, 3,
+                                                   RMG_INTER_LINEAR));
+}
+
 // ---------------------------------------------------------------------------
 // Tiles
 // ---------------------------------------------------------------------------
