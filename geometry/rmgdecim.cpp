@@ -381,6 +381,11 @@ int ownDecimate(const RmgImage *srcImage, RmgImage *dstImage, int xU, int xL, in
         rmgError(RMG_StsBadArg, kFunc, "srcImage->depth is wrong", kModule, __LINE__);
         return 0;
     }
+    // The steps are xL and yL shifted left by 8 in a 32-bit word: from
+    // 2^23 on the shift leaves the word and a step can come out 0 or
+    // negative. No loop over positions would end with such a step, so the
+    // call does nothing.
+    if (xStep <= 0 || yStep <= 0) return 1;
     Walker walker = ownDecimatePlain;
     if (srcImage->tileInfo != nullptr)
         walker = interpolation == RMG_INTER_NN ? ownDecimateTileNearest : ownDecimateTileGather;

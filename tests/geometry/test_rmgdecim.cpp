@@ -196,6 +196,17 @@ TEST_F(DecimateTest, CoiOfTheSourceGoesToTheCoiOfTheDestination) {
     EXPECT_EQ(dst.bytes(), want);
 }
 
+TEST_F(DecimateTest, AStepThatLeavesItsWordDoesNothing) {
+    // xL 2^24: (xL << 8) wraps to 0 in 32 bits.
+    Img src(k8, 8, 8, 48), dst(k8, 4, 4, 49);
+    mirrortest::setRoi(src.im, 0, 0, 0, 8, 8);
+    const Bytes before = dst.bytes();
+    rmgDecimate(src.im, dst.im, 1, 1 << 24, 1, 2, RMG_INTER_NN, nullptr);
+    rmgDecimate(src.im, dst.im, 1, 2, 1, (1 << 23) + 1, RMG_INTER_LINEAR, nullptr);
+    EXPECT_EQ(dst.bytes(), before);
+    EXPECT_TRUE(rmgtest::reports().empty());
+}
+
 TEST_F(DecimateTest, TheEntryForwards) {
     Img src(k8, 8, 8, 22), a(k8, 4, 4, 23), b(k8, 4, 4, 23);
     wrmgDecimate(src.im, a.im, 2, 3, 3, 7, RMG_INTER_LINEAR, nullptr);
