@@ -74,6 +74,25 @@ TEST_F(DecimateRandomTest, OneBitBothOrders) {
     runCases(RMG_DEPTH_1U, RMG_DATA_PLANE, 300, 6);
 }
 
+// One record as source and destination: each position is read before any
+// write reaches it, so the result is that of a copy.
+TEST_F(DecimateRandomTest, InPlaceNearestEqualsACopy) {
+    std::mt19937 gen(8);
+    for (int n = 0; n < 40; ++n) {
+        const Kind k{1 + int(gen() % 4), n % 2 ? RMG_DEPTH_16U : RMG_DEPTH_8U,
+                     n % 4 < 2 ? RMG_DATA_PIXEL : RMG_DATA_PLANE, 4};
+        const Ratio rx = kRatios[gen() % 9], ry = kRatios[gen() % 9];
+        RmgImage *im = mirrortest::makeImage(k, 4 + int(gen() % 30), 4 + int(gen() % 30), gen());
+        const Bytes before = mirrortest::bufferOf(im);
+        rmgDecimate(im, im, rx.u, rx.l, ry.u, ry.l, RMG_INTER_NN, nullptr);
+        ASSERT_EQ(mirrortest::bufferOf(im), decimtest::modelDecimate(im, before, im, before, rx.u,
+                                                                     rx.l, ry.u, ry.l,
+                                                                     RMG_INTER_NN))
+            << n;
+        mirrortest::freeImage(im);
+    }
+}
+
 // Rows wide enough for the untested loops (the footprint inside the
 // buffers) at every width from 0 to 300 destination columns and every
 // start column 0..3, against the model.
