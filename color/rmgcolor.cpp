@@ -179,15 +179,21 @@ void ownReleaseDstTile(RmgImage *dstImage, int column, int row, int mode) {
 
 namespace rmg {
 
-void ownColorDriver(const RmgImage *srcImage, RmgImage *dstImage, const char *funcName,
-                    ColorCheck check, ColorKernel kernel, const void *args, const int *tilePos) {
+bool ownColorOpen(const RmgImage *srcImage, const RmgImage *dstImage, const char *funcName,
+                  ColorCheck check) {
     // The header test of every colour operation reports under this one name.
-    if (!rmg::openImages("rmgReduceBits", kModule, __LINE__, {srcImage, dstImage})) return;
-    if (!ownCheckImagePointers(srcImage, dstImage, funcName)) return;
+    if (!rmg::openImages("rmgReduceBits", kModule, __LINE__, {srcImage, dstImage})) return false;
+    if (!ownCheckImagePointers(srcImage, dstImage, funcName)) return false;
     if (!check(srcImage, dstImage)) {
         rmgError(RMG_StsBadArg, funcName, "incomatibleimages", kModule, __LINE__);
-        return;
+        return false;
     }
+    return true;
+}
+
+void ownColorDriver(const RmgImage *srcImage, RmgImage *dstImage, const char *funcName,
+                    ColorCheck check, ColorKernel kernel, const void *args, const int *tilePos) {
+    if (!ownColorOpen(srcImage, dstImage, funcName, check)) return;
     if (srcImage->tileInfo == nullptr && dstImage->tileInfo == nullptr) {
         const ColorPiece piece{srcImage->imageData,
                                dstImage->imageData,
@@ -202,6 +208,11 @@ void ownColorDriver(const RmgImage *srcImage, RmgImage *dstImage, const char *fu
         kernel(srcImage, dstImage, piece, args);
         return;
     }
+    ownColorWalk(srcImage, dstImage, kernel, args, tilePos);
+}
+
+void ownColorWalk(const RmgImage *srcImage, RmgImage *dstImage, ColorKernel kernel,
+                  const void *args, const int *tilePos) {
     // The row step of a destination piece is that of a tile, also when the
     // destination is in memory and only the source is tiled: rmgTileWidthStep
     // gives 0 there, and every row of the piece goes to the destination's

@@ -79,6 +79,15 @@ using ColorKernel = void (*)(const RmgImage *src, const RmgImage *dst, const Col
 void ownColorDriver(const RmgImage *srcImage, RmgImage *dstImage, const char *funcName,
                     ColorCheck check, ColorKernel kernel, const void *args, const int *tilePos);
 
+// The two halves of the driver. ownColorOpen: the header, pointer and
+// compatibility tests, true when they pass. ownColorWalk: the kernel piece
+// by piece over the destination, each piece's source rectangle a private
+// copy from the tile engine (also for two images in memory).
+bool ownColorOpen(const RmgImage *srcImage, const RmgImage *dstImage, const char *funcName,
+                  ColorCheck check);
+void ownColorWalk(const RmgImage *srcImage, RmgImage *dstImage, ColorKernel kernel,
+                  const void *args, const int *tilePos);
+
 }  // namespace rmg
 
 #endif

@@ -469,6 +469,13 @@ RMG_API void rmgColorToGray(const RmgImage *srcImage, RmgImage *dstImage, const 
  * `tilePos` as in rmgColorToGray. */
 RMG_API void rmgGrayToColor(const RmgImage *srcImage, RmgImage *dstImage, float fractR,
                             float fractG, float fractB, const int *tilePos);
+/* Copies an image into one of smaller depth (32s to 16u or 8u, 16u to 8u,
+ * 8u to 1u), with noise of strength jitterType (0 to 8, 0: none) before
+ * the reduction and a dither stage after it (RMG_DITHER_xxx) that keeps the
+ * multiples of (255 or 65535) >> levelShift. `tilePos` as in
+ * rmgColorToGray. */
+RMG_API void rmgReduceBits(const RmgImage *srcImage, RmgImage *dstImage, int jitterType,
+                           int dither, int levelShift, const int *tilePos);
 
 /* ------------------------------------------------------------------------ */
 /* Extended interface: status and error reporting                            */

@@ -1,0 +1,284 @@
+// rmgReduceBits: the checks in order with their reports, concrete values
+// of the reduction, the noise and the dither stage, and random images
+// against a per-element model, plain and tiled.
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "color/ownreduce.h"
+#include "colortest.h"
+#include "rmg.h"
+#include "support/rmgtest.h"
+
+namespace {
+
+using colortest::Bytes;
+using rmgtest::reports;
+
+class ReduceTest : public rmgtest::ErrorStateTest {};
+
+struct Owned {
+    RmgImage *image;
+    Owned(int nChannels, unsigned int depth, int order, const char *seq, int height, int width,
+          const char *model = "GRAY")
+        : image(rmgCreateImageHeader(nChannels, 0, depth, model, seq, order, RMG_ORIGIN_TL, 4,
+                                     height, width, nullptr, nullptr, nullptr)) {
+        rmgAllocateImage(image, 0);
+    }
+    ~Owned() { rmgDeallocate(image, RMG_DEALLOC_ALL); }
+    Owned(const Owned &) = delete;
+    Owned &operator=(const Owned &) = delete;
+    RmgImage *operator->() const { return image; }
+    operator RmgImage *() const { return image; }
+    Bytes bytes() const { return Bytes(image->imageData, image->imageData + image->imageSize); }
+};
+
+void expectReport(size_t index, const char *func, const char *context, const char *module) {
+    ASSERT_LT(index, reports().size());
+    EXPECT_EQ(reports()[index].status, RMG_StsBadArg);
+    EXPECT_EQ(reports()[index].funcName, func);
+    EXPECT_EQ(reports()[index].context, context);
+    EXPECT_EQ(reports()[index].fileName, module);
+}
+
+void put16(RmgImage *im, int at, int v) {
+    const auto w = static_cast<uint16_t>(v);
+    std::memcpy(im->imageData + at, &w, 2);
+}
+
+// A one-row 16u image of the values v << 8, and its 8u destination.
+struct Row16 {
+    Owned src, dst;
+    explicit Row16(const std::vector<int> &v)
+        : src(1, RMG_DEPTH_16U, RMG_DATA_PIXEL, "G", 1, static_cast<int>(v.size())),
+          dst(1, RMG_DEPTH_8U, RMG_DATA_PIXEL, "G", 1, static_cast<int>(v.size())) {
+        for (size_t i = 0; i < v.size(); ++i) put16(src, static_cast<int>(2 * i), v[i] << 8);
+    }
+    std::vector<int> result() const {
+        return std::vector<int>(dst->imageData, dst->imageData + dst->width);
+    }
+};
+
+// --------------------------------------------------------------------------
+// Checks in order
+// --------------------------------------------------------------------------
+
+TEST_F(ReduceTest, JitterTypeIsTestedBeforeTheImages) {
+    rmgReduceBits(nullptr, nullptr, 9, 1, 0, nullptr);
+    rmgReduceBits(nullptr, nullptr, -1, 1, 0, nullptr);
+    ASSERT_EQ(reports().size(), 2u);
+    expectReport(0, "rmgReduceBits", "(0>jitterType)||(jitterType>8)", "rmgcolor");
+    expectReport(1, "rmgReduceBits", "(0>jitterType)||(jitterType>8)", "rmgcolor");
+}
+
+TEST_F(ReduceTest, HeadersAndCompatibility) {
+    Owned a(1, RMG_DEPTH_16U, RMG_DATA_PIXEL, "G", 2, 2);
+    Owned b(3, RMG_DEPTH_8U, RMG_DATA_PIXEL, "RGB", 2, 2, "RGB");
+    char *text = rmgBadHeaderText(rmgBadImageHeader(nullptr));
+    const std::string nullText = text;
+    rmgFree(text);
+    rmgReduceBits(nullptr, b, 8, 1, 0, nullptr);
+    rmgReduceBits(a, b, 0, 1, 0, nullptr);  // 1 channel against 3
+    ASSERT_EQ(reports().size(), 2u);
+    expectReport(0, "rmgReduceBits", nullText.c_str(), "rmgcolor");
+    expectReport(1, "rmgReduceBits", "incomatibleimages", "rmgcolor");
+}
+
+TEST_F(ReduceTest, DepthPairsWithoutKernel) {
+    Owned s8(1, RMG_DEPTH_8U, RMG_DATA_PIXEL, "G", 2, 2);
+    Owned d8(1, RMG_DEPTH_8U, RMG_DATA_PIXEL, "G", 2, 2);
+    Owned s16(1, RMG_DEPTH_16U, RMG_DATA_PIXEL, "G", 2, 2);
+    Owned s32(1, RMG_DEPTH_32S, RMG_DATA_PIXEL, "G", 2, 2);
+    Owned d1(1, RMG_DEPTH_1U, RMG_DATA_PIXEL, "G", 2, 2);
+    Owned s8s(1, RMG_DEPTH_8S, RMG_DATA_PIXEL, "G", 2, 2);
+    const Bytes before = d8.bytes();
+    rmgReduceBits(s8, d8, 0, 1, 0, nullptr);   // equal depths: still the output depth
+    rmgReduceBits(s16, s16, 0, 1, 0, nullptr);
+    rmgReduceBits(s32, d1, 0, 1, 0, nullptr);
+    rmgReduceBits(s8s, d1, 0, 1, 0, nullptr);
+    rmgReduceBits(s8, d8, 3, 1, 0, nullptr);  // the noise kernel in its own name
+    rmgReduceBits(s32, d1, 3, 1, 0, nullptr);
+    ASSERT_EQ(reports().size(), 6u);
+    expectReport(0, "ownReduceBits", "errOutDepth", "owncolor");
+    expectReport(1, "ownReduceBits", "errOutDepth", "owncolor");
+    expectReport(2, "ownReduceBits", "errInOutDepth", "owncolor");
+    expectReport(3, "ownReduceBits", "errInOutDepth", "owncolor");
+    expectReport(4, "ownjitter_rect", "errOutDepth", "owncolor");
+    expectReport(5, "ownjitter_rect", "errInOutDepth", "owncolor");
+    EXPECT_EQ(d8.bytes(), before);
+}
+
+TEST_F(ReduceTest, DitherOptionFailsAfterTheReductionWrote) {
+    Row16 r({1, 2, 3, 200});
+    rmgReduceBits(r.src, r.dst, 0, 3, 0, nullptr);
+    ASSERT_EQ(reports().size(), 1u);
+    expectReport(0, "own_dither_rect", "errDitherOption", "owncolor");
+    EXPECT_EQ(r.result(), (std::vector<int>{1, 2, 3, 200}));
+}
+
+TEST_F(ReduceTest, DitherTestsTheOptionBeforeTheDepth) {
+    Owned bits(1, RMG_DEPTH_1U, RMG_DATA_PIXEL, "G", 2, 8);
+    own_dither_rect(bits, 3, bits->imageData, 8, 2, bits->widthStep, 0, 1, 1, bits->imageSize);
+    own_dither_rect(bits, 2, bits->imageData, 8, 2, bits->widthStep, 0, 1, 1, bits->imageSize);
+    ASSERT_EQ(reports().size(), 2u);
+    expectReport(0, "own_dither_rect", "errDitherOption", "owncolor");
+    expectReport(1, "own_dither_rect", "errInDepth", "owncolor");
+}
+
+// --------------------------------------------------------------------------
+// Quantisation step
+// --------------------------------------------------------------------------
+
+TEST_F(ReduceTest, Quantize) {
+    EXPECT_EQ(rmgQuantize(255, 127), 254);
+    EXPECT_EQ(rmgQuantize(0, 127), 0);
+    EXPECT_EQ(rmgQuantize(64, 127), 127);
+    EXPECT_EQ(rmgQuantize(63, 127), 0);
+    EXPECT_EQ(rmgQuantize(70000, 3), 65535);
+    EXPECT_EQ(rmgQuantize(254, 100), 300);  // no clamp
+}
+
+TEST_F(ReduceTest, LevelShiftAboveTheBitsIsHalfTheBits) {
+    // levelShift 100 at 8 bits is 4: q 15. Ordered: only x, y both
+    // multiples of 4 may round upwards.
+    Row16 r({20, 20, 7, 255, 20});
+    rmgReduceBits(r.src, r.dst, 0, RMG_DITHER_BAYER, 100, nullptr);
+    EXPECT_EQ(r.result(), (std::vector<int>{30, 15, 0, 255, 30}));
+    EXPECT_TRUE(reports().empty());
+}
+
+TEST_F(ReduceTest, LevelShiftOfTheBitCountLeavesTheImage) {
+    Row16 r({1, 77, 128, 254, 255, 3});
+    rmgReduceBits(r.src, r.dst, 0, RMG_DITHER_FS, 8, nullptr);
+    EXPECT_EQ(r.result(), (std::vector<int>{1, 77, 128, 254, 255, 3}));
+    Row16 s({1, 77, 128, 254, 255, 3});
+    rmgReduceBits(s.src, s.dst, 0, RMG_DITHER_STUCKI, 8, nullptr);
+    EXPECT_EQ(s.result(), (std::vector<int>{1, 77, 128, 254, 255, 3}));
+}
+
+TEST_F(ReduceTest, LevelShiftZeroKeepsOnlyBlackAndWhite) {
+    Row16 r({100, 100, 100, 100});
+    rmgReduceBits(r.src, r.dst, 0, RMG_DITHER_FS, 0, nullptr);
+    // 100 -> 0 (err 100, +43); 143 -> 255 (err -112, -49); 51 -> 0 (+22);
+    // 122 -> 0.
+    EXPECT_EQ(r.result(), (std::vector<int>{0, 255, 0, 0}));
+    Row16 n({100, 100, 100, 100});
+    rmgReduceBits(n.src, n.dst, 0, RMG_DITHER_FS, -5, nullptr);  // negative: 0
+    EXPECT_EQ(n.result(), (std::vector<int>{0, 255, 0, 0}));
+}
+
+TEST_F(ReduceTest, QuantisationStepOf127) {
+    Row16 r({255});
+    rmgReduceBits(r.src, r.dst, 0, RMG_DITHER_FS, 1, nullptr);
+    EXPECT_EQ(r.result(), (std::vector<int>{254}));
+}
+
+// --------------------------------------------------------------------------
+// Dither kernels on one buffer
+// --------------------------------------------------------------------------
+
+// A gray 8u piece of 2 x 2 in a buffer of rows of 4 bytes and 3 rows: the
+// bytes beyond the piece must stay.
+struct Piece {
+    Owned image{1, RMG_DEPTH_8U, RMG_DATA_PIXEL, "G", 3, 4};
+    Piece(std::initializer_list<int> values) {
+        std::memset(image->imageData, 0x77, static_cast<size_t>(image->imageSize));
+        int i = 0;
+        for (int v : values) {
+            image->imageData[(i / 2) * 4 + i % 2] = static_cast<unsigned char>(v);
+            ++i;
+        }
+    }
+    Bytes expect(std::initializer_list<int> values) const {
+        Bytes b(12, 0x77);
+        int i = 0;
+        for (int v : values) {
+            b[(i / 2) * 4 + i % 2] = static_cast<unsigned char>(v);
+            ++i;
+        }
+        return b;
+    }
+};
+
+TEST_F(ReduceTest, FloydSteinbergAtTheLastRowAndColumn) {
+    Piece p({30, 100, 0, 0});
+    // q 15: (0,0) stays; (1,0) 100 -> 105, err -5: below -1 (255), below
+    // left -2 (254), nothing to the right; the last row: 255 stays, 254 ->
+    // 255 with nothing below it.
+    own_dither_rect(p.image, RMG_DITHER_FS, p.image->imageData, 2, 2, 4, 4, 1, 1, 12);
+    EXPECT_EQ(p.image.bytes(), p.expect({30, 105, 255, 255}));
+    EXPECT_TRUE(reports().empty());
+}
+
+TEST_F(ReduceTest, FloydSteinbergErrorWraps) {
+    // 23 -> 0 with q 255: err 23, (23 * 7) >> 4 = 10 to the right: 250 + 10
+    // wraps to 4; below 7 and 1. Both flags clear: nothing else changes.
+    Piece p({23, 250, 0, 0});
+    own_dither_rect(p.image, RMG_DITHER_FS, p.image->imageData, 2, 2, 4, 0, 0, 0, 12);
+    EXPECT_EQ(p.image.bytes(), p.expect({0, 4, 7, 1}));
+}
+
+TEST_F(ReduceTest, JarvisWeightsAreNotScaledBack) {
+    Piece p({10, 0, 0, 0});
+    // q 255: 10 -> 0, err 10; right: 37 * 10 = 370 -> 114; next row from
+    // column 0: 15 * 10 = 150 and 26 * 10 = 260 -> 4. Then (1,0) 114 -> 0
+    // err 114: next row from column 0 again (x - 1): 15 * 114 + 150 = 1860
+    // -> 68, 26 * 114 + 4 = 2968 -> 152. Last row: 68 -> 0, err 68, right
+    // 37 * 68 + 152 = 2668 -> 108 -> 0.
+    own_dither_rect(p.image, RMG_DITHER_JJN, p.image->imageData, 2, 2, 4, 0, 1, 1, 12);
+    EXPECT_EQ(p.image.bytes(), p.expect({0, 0, 0, 0}));
+    Piece s({10, 0, 0, 0});
+    own_dither_rect(s.image, RMG_DITHER_STUCKI, s.image->imageData, 2, 2, 4, 8, 0, 1, 12);
+    // q 1, no error: both flags only bound the walk.
+    EXPECT_EQ(s.image.bytes(), s.expect({10, 0, 0, 0}));
+}
+
+TEST_F(ReduceTest, OrderedSixteenBitsKeepsTheLowByte) {
+    Owned im(1, RMG_DEPTH_16U, RMG_DATA_PIXEL, "G", 1, 2);
+    put16(im, 0, 1000);
+    put16(im, 2, 1000);
+    // q = 65535 >> 4 = 4095: 1000 -> 4095 at (0,0), low byte 0xFF; at (1,0)
+    // b = 0.
+    own_dither_rect(im, RMG_DITHER_BAYER, im->imageData, 2, 1, im->widthStep, 4, 1, 1, im->imageSize);
+    uint16_t v[2];
+    std::memcpy(v, im->imageData, 4);
+    EXPECT_EQ(v[0], 0xFF);
+    EXPECT_EQ(v[1], 0);
+}
+
+// --------------------------------------------------------------------------
+// Noise
+// --------------------------------------------------------------------------
+
+TEST_F(ReduceTest, WithoutJitterTheTablesAndRandAreUntouched) {
+    jitterNoise[0] = 123.0;
+    jitterIndex[5] = 77;
+    std::srand(5);
+    const int first = std::rand();
+    std::srand(5);
+    Row16 r({10, 20});
+    rmgReduceBits(r.src, r.dst, 0, RMG_DITHER_FS, 8, nullptr);
+    EXPECT_EQ(std::rand(), first);
+    EXPECT_EQ(jitterNoise[0], 123.0);
+    EXPECT_EQ(jitterIndex[5], 77);
+    EXPECT_EQ(r.result(), (std::vector<int>{10, 20}));
+}
+
+TEST_F(ReduceTest, TwoCallsWithNoiseDiffer) {
+    std::mt19937 rng(3);
+    colortest::Image src(1, RMG_DEPTH_16U, RMG_DATA_PIXEL, "GRAY", "G", 32, 32, 4, rng);
+    colortest::TiledImage a(1, RMG_DEPTH_8U, RMG_DATA_PIXEL, "GRAY", "G", 32, 32, 16, 16, rng);
+    colortest::TiledImage b(1, RMG_DEPTH_8U, RMG_DATA_PIXEL, "GRAY", "G", 32, 32, 16, 16, rng);
+    rmgReduceBits(src.image, a.image, 8, 1, 0, nullptr);
+    rmgReduceBits(src.image, b.image, 8, 1, 0, nullptr);
+    EXPECT_NE(a.data, b.data);
+    EXPECT_EQ(a.calls, colortest::walkCalls(2, 2));
+    EXPECT_TRUE(reports().empty());
+}
+
+}  // namespace
