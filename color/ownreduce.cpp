@@ -109,7 +109,10 @@ void walkRows(const RmgImage *src, Pair pair, Byte *srcData, Byte *dstData, int 
             const int64_t s = (static_cast<int64_t>(p) * height + y) * srcStep;
             const int64_t d = (static_cast<int64_t>(p) * height + y) * dstStep;
             int64_t n = fitting(s, inSize, srcBytes, count);
-            n = fitting(d, outSize, dstBytes, n);
+            // A bit destination takes one bit for each step-th element.
+            n = outSize == 0 ? step * fitting(d, 0, dstBytes, (n + step - 1) / step)
+                             : fitting(d, outSize, dstBytes, n);
+            if (n > count) n = count;
             if (n > 0) row(srcData + s, dstData + d, static_cast<int>(n), step, y, ctx);
         }
 }
@@ -118,8 +121,10 @@ void walkRows(const RmgImage *src, Pair pair, Byte *srcData, Byte *dstData, int 
 // Plain reduction
 // ---------------------------------------------------------------------------
 
+// 8u to 1u: every step-th element (the first channel of each pixel; a 1u
+// image has one channel) gives the next bit.
 void row8u1u(Byte *src, Byte *dst, int n, int step, int, const void *) {
-    for (int i = 0; i < n; i += step) putBit(dst, i, src[i] > 127);
+    for (int i = 0; i < n; i += step) putBit(dst, i / step, src[i] > 127);
 }
 
 void plainRow(Byte *src, Byte *dst, int n, int step, int y, const void *ctx) {
@@ -179,7 +184,7 @@ void jitterRow(Byte *src, Byte *dst, int n, int step, int y, const void *ctx) {
     case Pair::k8u1u:
         for (int x = 0; x < n; x += step) {
             src[x] = static_cast<Byte>(jitterUnsigned(src[x], 239, 15, 16, 255, x, y, j));
-            putBit(dst, x, src[x] > 127);
+            putBit(dst, x / step, src[x] > 127);
         }
         break;
     case Pair::k16u8u:
