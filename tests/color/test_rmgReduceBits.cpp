@@ -281,4 +281,83 @@ TEST_F(ReduceTest, TwoCallsWithNoiseDiffer) {
     EXPECT_TRUE(reports().empty());
 }
 
+// --------------------------------------------------------------------------
+// Plain images through the walk, and buffers that cut rows
+// --------------------------------------------------------------------------
+
+TEST_F(ReduceTest, PlainImagesWithDitherWriteEveryRowIntoTheFirst) {
+    // With a dither stage plain images go through the destination walk,
+    // whose row step is that of a tile: 0 for an image in memory. So every
+    // source row lands in row 0, the last one staying; row 1 keeps its bytes.
+    Owned src(1, RMG_DEPTH_16U, RMG_DATA_PIXEL, "G", 2, 3);
+    Owned dst(1, RMG_DEPTH_8U, RMG_DATA_PIXEL, "G", 2, 3);
+    for (int i = 0; i < 3; ++i) {
+        put16(src, 2 * i, (10 + i) << 8);
+        put16(src, src->widthStep + 2 * i, (20 + i) << 8);
+    }
+    std::memset(dst->imageData, 0x33, static_cast<size_t>(dst->imageSize));
+    rmgReduceBits(src, dst, 0, RMG_DITHER_BAYER, 8, nullptr);  // q 1: no change
+    Bytes expected(static_cast<size_t>(dst->imageSize), 0x33);
+    expected[0] = 20;
+    expected[1] = 21;
+    expected[2] = 22;
+    EXPECT_EQ(dst.bytes(), expected);
+    EXPECT_TRUE(reports().empty());
+}
+
+TEST_F(ReduceTest, PlaneOrderWithFewerRowsStaysInTheBuffers) {
+    // The planes of a piece lie a row step times the smaller height apart:
+    // with a destination of 3 rows and a source of 2 the destination's
+    // planes are read at that distance, and nothing outside either buffer is
+    // touched (checked under the address sanitizer).
+    Owned src(3, RMG_DEPTH_16U, RMG_DATA_PLANE, "RGB", 2, 4, "RGB");
+    Owned dst(3, RMG_DEPTH_8U, RMG_DATA_PLANE, "RGB", 3, 4, "RGB");
+    for (int i = 0; i < src->imageSize / 2; ++i) put16(src, 2 * i, i << 8);
+    std::memset(dst->imageData, 0x33, static_cast<size_t>(dst->imageSize));
+    rmgReduceBits(src, dst, 0, RMG_DITHER_NONE, 0, nullptr);
+    Bytes expected(static_cast<size_t>(dst->imageSize), 0x33);
+    // Source row r of plane p is element row p * 2 + r; it goes to the same
+    // row number of the destination's buffer.
+    for (int row = 0; row < 6; ++row)
+        for (int x = 0; x < 4; ++x)
+            expected[static_cast<size_t>(row * dst->widthStep + x)] =
+                static_cast<unsigned char>(row * src->widthStep / 2 + x);
+    EXPECT_EQ(dst.bytes(), expected);
+}
+
+TEST_F(ReduceTest, SmallerDestinationCutsTheRows) {
+    Owned src(1, RMG_DEPTH_32S, RMG_DATA_PIXEL, "G", 3, 40);
+    Owned dst(1, RMG_DEPTH_16U, RMG_DATA_PIXEL, "G", 2, 5);
+    for (int i = 0; i < src->imageSize / 4; ++i) {
+        const int32_t v = (i - 50) * 0x01000000 + 0x12345;
+        std::memcpy(src->imageData + 4 * i, &v, 4);
+    }
+    rmgReduceBits(src, dst, 0, RMG_DITHER_NONE, 0, nullptr);
+    for (int y = 0; y < 2; ++y)
+        for (int x = 0; x < 5; ++x) {
+            int32_t e;
+            std::memcpy(&e, src->imageData + y * src->widthStep + 4 * x, 4);
+            uint16_t v;
+            std::memcpy(&v, dst->imageData + y * dst->widthStep + 2 * x, 2);
+            EXPECT_EQ(v, static_cast<uint16_t>((e >> 16) * 2));
+        }
+}
+
+TEST_F(ReduceTest, JitterOnThirtyTwoBitsKeepsTheLowBit) {
+    // 32s to 16u with noise: e >> 15, no saturation; element 0x7FFF0000
+    // (at the limit) is left as it is and gives 0xFFFE; 0x00018000 can only
+    // move by multiples of 65536 and keeps its bit 15.
+    Owned src(1, RMG_DEPTH_32S, RMG_DATA_PIXEL, "G", 1, 2);
+    Owned dst(1, RMG_DEPTH_16U, RMG_DATA_PIXEL, "G", 1, 2);
+    const int32_t e[2] = {0x7FFF0000, 0x00018000};
+    std::memcpy(src->imageData, e, 8);
+    rmgReduceBits(src, dst, 8, RMG_DITHER_NONE, 0, nullptr);
+    uint16_t v;
+    std::memcpy(&v, dst->imageData, 2);
+    EXPECT_EQ(v, 0xFFFE);
+    std::memcpy(&v, dst->imageData + 2, 2);
+    EXPECT_EQ(v & 1, 1);
+    EXPECT_EQ(std::memcmp(src->imageData, e, 8), 0);  // the source itself is not changed
+}
+
 }  // namespace
