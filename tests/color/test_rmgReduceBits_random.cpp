@@ -280,27 +280,27 @@ void tiledRound(std::mt19937 &rng, const Format &f, int jitterType, int dither, 
                                             << dither << " shift " << levelShift << " seq " << seq;
 }
 
-TEST_F(ReduceRandomTest, TiledWithoutNoiseIsThePlainReduction) {
-    std::mt19937 rng(5);
-    for (int round = 0; round < 80; ++round) {
+// Rounds over every pair, both orders and 1 to 4 channels (1u: one), with
+// the noise that jitterOf gives for a round.
+template <typename JitterOf>
+void tiledPairs(unsigned seed, int rounds, JitterOf jitterOf) {
+    std::mt19937 rng(seed);
+    for (int round = 0; round < rounds; ++round) {
         Format f = kPairs[round % 4];
         f.order = (round / 4) % 2 ? RMG_DATA_PLANE : RMG_DATA_PIXEL;
-        f.channels = f.dd == RMG_DEPTH_1U ? 1 : 1 + (round / 8) % 4;  // 1u has one channel
-        tiledRound(rng, f, 0, RMG_DITHER_NONE, 0, kModels[f.channels - 1], kSeqs[f.channels - 1]);
+        f.channels = f.dd == RMG_DEPTH_1U ? 1 : 1 + (round / 8) % 4;
+        tiledRound(rng, f, jitterOf(round), RMG_DITHER_NONE, 0, kModels[f.channels - 1],
+                   kSeqs[f.channels - 1]);
     }
     EXPECT_TRUE(rmgtest::reports().empty());
 }
 
+TEST_F(ReduceRandomTest, TiledWithoutNoiseIsThePlainReduction) {
+    tiledPairs(5, 80, [](int) { return 0; });
+}
+
 TEST_F(ReduceRandomTest, TiledWithNoise) {
-    std::mt19937 rng(6);
-    for (int round = 0; round < 120; ++round) {
-        Format f = kPairs[round % 4];
-        f.order = (round / 4) % 2 ? RMG_DATA_PLANE : RMG_DATA_PIXEL;
-        f.channels = f.dd == RMG_DEPTH_1U ? 1 : 1 + (round / 8) % 4;  // 1u has one channel
-        tiledRound(rng, f, 1 + round % 8, RMG_DITHER_NONE, 0, kModels[f.channels - 1],
-                   kSeqs[f.channels - 1]);
-    }
-    EXPECT_TRUE(rmgtest::reports().empty());
+    tiledPairs(6, 120, [](int round) { return 1 + round % 8; });
 }
 
 TEST_F(ReduceRandomTest, TiledWithEachDither) {
