@@ -365,4 +365,37 @@ TEST_F(ReduceTest, JitterOnThirtyTwoBitsKeepsTheLowBit) {
     EXPECT_EQ(std::memcmp(src->imageData, e, 8), 0);  // the source itself is not changed
 }
 
+TEST_F(ReduceTest, FailingDitherReportsOncePerPieceAndTheWalkGoesOn) {
+    std::mt19937 rng(9);
+    colortest::Image src(1, RMG_DEPTH_16U, RMG_DATA_PIXEL, "GRAY", "G", 16, 16, 4, rng);
+    colortest::TiledImage dst(1, RMG_DEPTH_8U, RMG_DATA_PIXEL, "GRAY", "G", 16, 16, 8, 8, rng);
+    rmgReduceBits(src.image, dst.image, 0, 5, 0, nullptr);
+    const Expected e{"own_dither_rect", "errDitherOption", "owncolor"};
+    expectReports({e, e, e, e});
+    EXPECT_EQ(dst.calls, colortest::walkCalls(2, 2));
+    // The reduction has written each tile: row 0 of tile (1, 1).
+    for (int x = 0; x < 8; ++x) {
+        uint16_t v;
+        std::memcpy(&v, src.image->imageData + 8 * src.image->widthStep + 2 * (8 + x), 2);
+        EXPECT_EQ(dst.tile(1, 1)[static_cast<size_t>(x)], v >> 8);
+    }
+}
+
+TEST_F(ReduceTest, TilePosDoesOneTile) {
+    std::mt19937 rng(10);
+    colortest::Image src(3, RMG_DEPTH_16U, RMG_DATA_PLANE, "RGB", "RGB", 16, 24, 4, rng);
+    colortest::TiledImage all(3, RMG_DEPTH_8U, RMG_DATA_PLANE, "RGB", "RGB", 16, 24, 8, 8, rng);
+    colortest::TiledImage one(3, RMG_DEPTH_8U, RMG_DATA_PLANE, "RGB", "RGB", 16, 24, 8, 8, rng);
+    one.data = all.data;
+    const std::vector<Bytes> before = one.data;
+    rmgReduceBits(src.image, all.image, 0, RMG_DITHER_JJN, 3, nullptr);
+    const int tilePos[2] = {1, 1};
+    rmgReduceBits(src.image, one.image, 0, RMG_DITHER_JJN, 3, tilePos);
+    EXPECT_EQ(one.calls, (std::vector<colortest::Call>{{1, 1, RMG_TILE_WRITE}, {1, 1, RMG_TILE_RELEASE}}));
+    for (int y = 0; y < 2; ++y)
+        for (int x = 0; x < 3; ++x)
+            EXPECT_EQ(one.tile(x, y), x == 1 && y == 1 ? all.tile(x, y) : before[static_cast<size_t>(x + 3 * y)]);
+    EXPECT_TRUE(reports().empty());
+}
+
 }  // namespace
