@@ -469,6 +469,34 @@ static int show_decimate(void) {
     return wrmgGetErrStatus() == RMG_StsOk ? 0 : 1;
 }
 
+/* A 16-bit ramp of one row reduced to 8 bits: plainly, and with
+ * Floyd-Steinberg dither to the multiples of 255 >> 3 = 31. */
+static int show_reduce(void) {
+    RmgImage *ramp = wrmgCreateImageHeader(1, 0, RMG_DEPTH_16U, "GRAY", "G", RMG_DATA_PIXEL,
+                                           RMG_ORIGIN_TL, 4, 1, 8, NULL, NULL, NULL);
+    RmgImage *plain = gray_image(1, 8);
+    RmgImage *fs = gray_image(1, 8);
+    int c;
+    if (ramp == NULL || plain == NULL || fs == NULL) return 1;
+    wrmgAllocateImage(ramp, 0);
+    for (c = 0; c < 8; ++c) {
+        const unsigned int v = 1000u + 8000u * (unsigned int)c;
+        ramp->imageData[2 * c] = (unsigned char)v;
+        ramp->imageData[2 * c + 1] = (unsigned char)(v >> 8);
+    }
+    rmgReduceBits(ramp, plain, 0, RMG_DITHER_NONE, 0, NULL);
+    rmgReduceBits(ramp, fs, 0, RMG_DITHER_FS, 3, NULL);
+    printf("\nReduction of a 16-bit ramp (1000 + 8000 a column) to 8 bits, plain | dithered:\n  ");
+    print_bytes(plain->imageData, 8);
+    printf(" | ");
+    print_bytes(fs->imageData, 8);
+    printf("\n");
+    wrmgDeallocate(ramp, RMG_DEALLOC_ALL);
+    wrmgDeallocate(plain, RMG_DEALLOC_ALL);
+    wrmgDeallocate(fs, RMG_DEALLOC_ALL);
+    return wrmgGetErrStatus() == RMG_StsOk ? 0 : 1;
+}
+
 int main(void) {
     if (show_images() != 0) return 1;
     if (show_tiles() != 0) return 1;
@@ -480,6 +508,7 @@ int main(void) {
     if (show_color() != 0) return 1;
     if (show_blur() != 0) return 1;
     if (show_decimate() != 0) return 1;
+    if (show_reduce() != 0) return 1;
     show_refusal();
     show_error();
     return wrmgGetErrStatus() == RMG_StsBadArg ? 0 : 1;
