@@ -40,9 +40,12 @@ void countGray(const uint8_t *base, int64_t pixStep, int64_t rowStep, int width,
 
 // The colour counting pass, the main cost of the palette: one increment per
 // pixel of the bin (blue >> 2) * 4096 + (green >> 2) * 64 + (red >> 2).
-// (Counting runs of one bin in a register was tried: smooth pictures with
-// a little noise change bins often enough that its branch cost more than
-// the increments it saved.)
+// Two ways round the wait of an increment for the store of the one before
+// (neighbours of a smooth picture share bins) were tried and left out:
+// counting runs of one bin in a register (smooth pictures with a little
+// noise change bins often enough that its branch cost more than it saved),
+// and a second histogram for the odd pixels (on 3840x2160 smooth 9.5 to
+// 8.4 ms, random 12.5 to 14.5 ms: the larger footprint misses more).
 template <int kStep>
 void countColour(const uint8_t *base, int64_t redOff, int64_t greenOff, int64_t blueOff,
                  int64_t pixStep, int64_t rowStep, int width, int height, uint32_t *hist) {

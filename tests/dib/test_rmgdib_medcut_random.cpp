@@ -98,4 +98,22 @@ TEST_F(MedianCutRandom, MatchesTheModel) {
     EXPECT_EQ(cases, 90);
 }
 
+// Whole pictures of half a million pixels, smooth and noise: all 256
+// entries from generations of many-bin boxes.
+TEST_F(MedianCutRandom, LargeImagesMatchTheModel) {
+    std::mt19937 rng(5);
+    for (int kind = 1; kind <= 2; ++kind) {
+        RmgImage *img = makeImage(3, RMG_DEPTH_8U, "BGR", RMG_DATA_PIXEL, 517, 1031);
+        ASSERT_NE(img, nullptr);
+        fill(img, rng, kind, 1);
+        std::vector<uint8_t> want = dibBuffer(8);
+        ASSERT_EQ(modelPalette(want, img), 1);
+        EXPECT_EQ(medcut::clrUsed(want), 256u);
+        std::vector<uint8_t> got = dibBuffer(8);
+        EXPECT_EQ(rmgMedianCutPalette(header(got), img), 1);
+        EXPECT_EQ(got, want) << "kind " << kind;
+        rmgDeallocate(img, RMG_DEALLOC_ALL);
+    }
+}
+
 }  // namespace
