@@ -140,12 +140,10 @@ TEST_F(ReduceTest, DitherTestsTheOptionBeforeTheDepth) {
 // --------------------------------------------------------------------------
 
 TEST_F(ReduceTest, Quantize) {
-    EXPECT_EQ(rmgQuantize(255, 127), 254);
-    EXPECT_EQ(rmgQuantize(0, 127), 0);
-    EXPECT_EQ(rmgQuantize(64, 127), 127);
-    EXPECT_EQ(rmgQuantize(63, 127), 0);
-    EXPECT_EQ(rmgQuantize(70000, 3), 65535);
-    EXPECT_EQ(rmgQuantize(254, 100), 300);  // no clamp
+    // value, q, nearest multiple (above 65535: 65535; no clamp to the depth)
+    const int cases[][3] = {{255, 127, 254}, {0, 127, 0},       {64, 127, 127},
+                            {63, 127, 0},    {70000, 3, 65535}, {254, 100, 300}};
+    for (const auto &c : cases) EXPECT_EQ(rmgQuantize(c[0], c[1]), c[2]) << c[0] << " " << c[1];
 }
 
 TEST_F(ReduceTest, LevelShiftAboveTheBitsIsHalfTheBits) {
