@@ -249,6 +249,10 @@ static int show_point_operations(void) {
     printf("  wrmgAddS(16-bit source, 8-bit destination) leaves the status at %d (%s)\n",
            wrmgGetErrStatus(), rmgErrStatusText(wrmgGetErrStatus()));
     print_row("destination unchanged", result);
+    /* The status is sticky, and Copy, Zoom, Decimate and the colour
+       operations do nothing while it is negative: a program that goes on
+       after a failure clears it, as here. */
+    rmgSetErrStatus(RMG_StsOk);
     wrmgDeallocate(wide, RMG_DEALLOC_ALL);
     wrmgDeallocate(ramp, RMG_DEALLOC_ALL);
     wrmgDeallocate(result, RMG_DEALLOC_ALL);
@@ -413,9 +417,6 @@ static int show_zoom(void) {
                                           RMG_ORIGIN_TL, 4, 5, 7, NULL, NULL, NULL);
     int r, c;
     if (src == NULL || nn == NULL || lin == NULL) return 1;
-    /* Zoom does nothing while the status is negative, and the status is
-     * sticky: clear what the point-operation section's refusal left. */
-    rmgError(RMG_StsOk, "demo", "", "demo", 0);
     wrmgAllocateImage(src, 0);
     wrmgAllocateImage(nn, 0);
     wrmgAllocateImage(lin, 0);
@@ -446,9 +447,6 @@ static int show_decimate(void) {
     RmgImage *lin = gray_image(4, 6);
     int r, c;
     if (src == NULL || nn == NULL || lin == NULL) return 1;
-    /* Decimation does nothing while the status is negative, and the
-     * refusal shown in the point-operation section left it so. */
-    rmgSetErrStatus(RMG_StsOk);
     for (r = 0; r < 8; ++r)
         for (c = 0; c < 9; ++c)
             src->imageData[r * src->widthStep + c] = (unsigned char)(30 * r + 10 * c);
