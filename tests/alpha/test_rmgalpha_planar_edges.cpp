@@ -17,11 +17,12 @@
 #include "alpha/test_rmgalpha_planar_model.h"
 #include "support/rmgcanvas.h"
 #include "support/rmgforms.h"
+#include "support/rmgnoaccess.h"
 
 namespace {
 
 using alphatest::Image;
-using planartest::NoAccessPage;
+using rmgtest::NoAccessPage;
 using Bytes = std::vector<uint8_t>;
 using Words = std::vector<uint16_t>;
 

@@ -5,11 +5,9 @@
 #ifndef RMG_TESTS_ALPHA_TEST_RMGALPHA_PLANAR_MODEL_H
 #define RMG_TESTS_ALPHA_TEST_RMGALPHA_PLANAR_MODEL_H
 
-#include <sys/mman.h>
-#include <unistd.h>
-
 #include <cstdint>
 #include <cstdlib>
+#include <new>
 #include <random>
 #include <vector>
 
@@ -126,11 +124,10 @@ class Row {
 public:
     Row(int bytes, size_t count, size_t offset) : bytes_(bytes), count_(count), offset_(offset) {
         const size_t size = offset + count * static_cast<size_t>(bytes);
-        void *p = nullptr;
-        if (posix_memalign(&p, 64, size == 0 ? 1 : size) != 0) std::abort();
-        block_ = static_cast<unsigned char *>(p);
+        block_ = static_cast<unsigned char *>(
+            ::operator new(size == 0 ? 1 : size, std::align_val_t{64}));
     }
-    ~Row() { std::free(block_); }
+    ~Row() { ::operator delete(block_, std::align_val_t{64}); }
     Row(const Row &) = delete;
     Row &operator=(const Row &) = delete;
     unsigned char *data() { return block_ + offset_; }
@@ -145,25 +142,6 @@ private:
     size_t count_;
     size_t offset_;
     unsigned char *block_;
-};
-
-// A page that can't be read: passing its address as a row that a kernel
-// must not look at makes any read of it fault, in every build.
-class NoAccessPage {
-public:
-    NoAccessPage() {
-        size_ = static_cast<size_t>(sysconf(_SC_PAGESIZE));
-        page_ = mmap(nullptr, size_, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-        if (page_ == MAP_FAILED) std::abort();
-    }
-    ~NoAccessPage() { munmap(page_, size_); }
-    NoAccessPage(const NoAccessPage &) = delete;
-    NoAccessPage &operator=(const NoAccessPage &) = delete;
-    const void *data() const { return page_; }
-
-private:
-    void *page_;
-    size_t size_;
 };
 
 }  // namespace planartest
