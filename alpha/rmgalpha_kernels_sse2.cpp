@@ -11,15 +11,7 @@ namespace {
 struct Sse2Composite : Sse2Vec {
     using Count = __m128i;
     static Count count(int bits) { return _mm_cvtsi32_si128(bits); }
-    static Vec mullo16(Vec a, Vec b) { return _mm_mullo_epi16(a, b); }
-    static Vec mulhiU16(Vec a, Vec b) { return _mm_mulhi_epu16(a, b); }
-    static Vec srli16by8(Vec a) { return _mm_srli_epi16(a, 8); }
-    static Vec add16(Vec a, Vec b) { return _mm_add_epi16(a, b); }
-    static Vec addsU8(Vec a, Vec b) { return _mm_adds_epu8(a, b); }
-    static Vec addsU16(Vec a, Vec b) { return _mm_adds_epu16(a, b); }
-    static Vec subsU16(Vec a, Vec b) { return _mm_subs_epu16(a, b); }
     static Vec sub8(Vec a, Vec b) { return _mm_sub_epi8(a, b); }
-    static Vec sub16(Vec a, Vec b) { return _mm_sub_epi16(a, b); }
     static Vec sll16(Vec a, Count n) { return _mm_sll_epi16(a, n); }
     static Vec srl16(Vec a, Count n) { return _mm_srl_epi16(a, n); }
     static Vec sll32(Vec a, Count n) { return _mm_sll_epi32(a, n); }
